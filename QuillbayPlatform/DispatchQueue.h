@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace quillbay::platform {
+
+/// Runs work items asynchronously, never inside the call that hands them over.
+///
+/// Threads start with the first use of a background queue, block all signals, and are joined when
+/// the process ends. A forked child runs no work. Any thread may call `async`.
+class DispatchQueue {
+ public:
+  using Work = std::move_only_function<void()>;
+
+  virtual ~DispatchQueue() = default;
+
+  /// Runs `work` later and returns at once. Work items must not throw.
+  virtual void async(Work work) = 0;
+
+  /// The one serial context of the host: see MainQueue.h for how it is run.
+  static DispatchQueue& main();
+
+  /// The concurrent queue for work that the user is waiting for. Items start in order.
+  static DispatchQueue& globalUserInitiated();
+
+  /// A new serial background queue with threads apart from the global queue's, so that long work
+  /// there never delays a callback. It may be released while items are waiting; they still run.
+  static std::shared_ptr<DispatchQueue> makeSerial();
+};
+
+}  // namespace quillbay::platform

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace quillbay::platform {
+
+/// Base of every error value: immutable, shared, never thrown.
+///
+/// Errors travel as `ErrorPtr` inside `std::expected` or as a callback's argument. Objects may be
+/// read from any thread.
+class Error {
+ public:
+  virtual ~Error() = default;
+
+  /// One line for developers and logs, in English. Never holds a password, a token or the query
+  /// of an address.
+  virtual std::string description() const = 0;
+
+  /// A sentence for the person at the screen, in their language; absent where the error has none.
+  virtual std::optional<std::string> errorDescription() const { return std::nullopt; }
+
+ protected:
+  Error() = default;
+  Error(const Error&) = default;
+  Error& operator=(const Error&) = default;
+};
+
+using ErrorPtr = std::shared_ptr<const Error>;
+
+}  // namespace quillbay::platform

@@ -1,0 +1,142 @@
+#include <QuillbayPlatform/DispatchQueue.h>
+#include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/ProcessExit.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace quillbay::platform {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// All items stand in one list, whoever runs them: so their order does not depend on the host's
+/// loop, and an item that the loop forgets is never destroyed on a strange thread. Before any lock
+/// stands the question for a forked child: a thread that does not exist there may hold it.
+class MainQueue final : public DispatchQueue {
+ public:
+  using Poster = std::function<void(std::function<void()>)>;
+
+  static MainQueue& instance() {
+    static MainQueue& queue = *new MainQueue;
+    return queue;
+  }
+
+  void async(Work work) override {
+    if (!work || isForkedChild()) return;
+    std::shared_ptr<const Poster> poster;
+    {
+      const std::lock_guard lock(mutex_);
+      items_.push_back(std::move(work));
+      poster = poster_;
+    }
+    changed_.notify_all();
+    post(poster);
+  }
+
+  void setPoster(Poster poster) {
+    if (isForkedChild()) return;
+    const auto shared = poster ? std::make_shared<const Poster>(std::move(poster)) : nullptr;
+    std::size_t waitingCount = 0;
+    {
+      const std::lock_guard lock(mutex_);
+      poster_ = shared;
+      waitingCount = items_.size();
+    }
+    for (std::size_t i = 0; i < waitingCount; ++i) post(shared);
+  }
+
+  bool run(const std::function<bool()>& condition, std::optional<Clock::time_point> deadline) {
+    const bool held = runUntil(condition, deadline);
+    if (isForkedChild()) return held;
+    const std::lock_guard lock(mutex_);
+    isStopRequested_ = false;
+    return held;
+  }
+
+  void stop() {
+    if (isForkedChild()) return;
+    {
+      const std::lock_guard lock(mutex_);
+      isStopRequested_ = true;
+    }
+    changed_.notify_all();
+  }
+
+ private:
+  /// The host's loop is gone once exit has begun.
+  static void post(const std::shared_ptr<const Poster>& poster) {
+    if (poster && !isProcessExiting()) (*poster)([] { instance().runOneItem(); });
+  }
+
+  void runOneItem() {
+    if (Work work = takeItem()) work();
+  }
+
+  Work takeItem() {
+    if (isForkedChild()) return nullptr;
+    const std::lock_guard lock(mutex_);
+    return takeFirst();
+  }
+
+  Work takeFirst() {
+    if (items_.empty()) return nullptr;
+    Work work = std::move(items_.front());
+    items_.pop_front();
+    return work;
+  }
+
+  bool runUntil(const std::function<bool()>& condition, std::optional<Clock::time_point> deadline) {
+    for (;;) {
+      if (condition && condition()) return true;
+      Work work = awaitItem(deadline);
+      if (!work) return false;
+      work();
+    }
+  }
+
+  /// Nothing when the run is to end.
+  Work awaitItem(std::optional<Clock::time_point> deadline) {
+    if (isForkedChild()) return nullptr;
+    if (deadline && Clock::now() >= *deadline) return nullptr;
+    std::unique_lock lock(mutex_);
+    const auto isAwake = [this] { return isStopRequested_ || !items_.empty(); };
+    if (deadline) {
+      changed_.wait_until(lock, *deadline, isAwake);
+    } else {
+      changed_.wait(lock, isAwake);
+    }
+    return isStopRequested_ ? nullptr : takeFirst();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<Work> items_;
+  std::shared_ptr<const Poster> poster_;
+  bool isStopRequested_ = false;
+};
+
+}  // namespace
+
+DispatchQueue& DispatchQueue::main() { return MainQueue::instance(); }
+
+void runMainQueue() { MainQueue::instance().run(nullptr, std::nullopt); }
+
+bool runMainQueue(const std::function<bool()>& condition, std::chrono::milliseconds bound) {
+  // Far beyond any wait, and far from the clock's overflow.
+  constexpr std::chrono::milliseconds kLongestBound = std::chrono::years(10);
+  return MainQueue::instance().run(condition, Clock::now() + std::min(bound, kLongestBound));
+}
+
+void stopMainQueue() { MainQueue::instance().stop(); }
+
+void setMainQueuePoster(std::function<void(std::function<void()> runOneItem)> post) {
+  MainQueue::instance().setPoster(std::move(post));
+}
+
+}  // namespace quillbay::platform

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace quillbay::platform {
+
+/// Counts completed units of a total, its own and those of its children: a child that is done by
+/// the fraction f contributes f times its pending units to its parent.
+///
+/// Main queue only. A parent owns its children until they finish, then keeps their units alone,
+/// so that a run of many children stays small; a child holds its parent weakly.
+class Progress : public std::enable_shared_from_this<Progress> {
+ public:
+  /// Called on the main queue after a change, at most once a turn of it.
+  using Observer = std::function<void(const Progress&)>;
+
+  /// Ends its observation when destroyed. May outlive the progress object.
+  class Observation {
+   public:
+    Observation() = default;
+    explicit Observation(std::shared_ptr<void> registration)
+        : registration_(std::move(registration)) {}
+
+   private:
+    std::shared_ptr<void> registration_;
+  };
+
+  /// `totalUnitCount` may be 0; the fraction is then 0 until a total is set.
+  static std::shared_ptr<Progress> create(std::int64_t totalUnitCount);
+
+  std::int64_t totalUnitCount() const { return totalUnitCount_; }
+  void setTotalUnitCount(std::int64_t count);
+
+  /// Units completed by this object itself and by its finished children.
+  std::int64_t completedUnitCount() const { return completedUnitCount_; }
+  void setCompletedUnitCount(std::int64_t count);
+
+  /// Sets both counts as one change.
+  void setUnitCounts(std::int64_t completed, std::int64_t total);
+
+  /// Adds a child worth `pendingUnitCount` of this object's units. A child has one parent: one
+  /// that has another, or that this object stands under, is not added.
+  void addChild(const std::shared_ptr<Progress>& child, std::int64_t pendingUnitCount);
+
+  /// 0 to 1, children included.
+  double fractionCompleted() const;
+  bool isFinished() const;
+
+  [[nodiscard]] Observation observe(Observer observer);
+
+ private:
+  struct Child {
+    std::shared_ptr<Progress> progress;
+    std::int64_t pendingUnitCount;
+  };
+
+  explicit Progress(std::int64_t totalUnitCount) : totalUnitCount_(totalUnitCount) {}
+
+  bool isSelfOrAncestor(const Progress& other) const;
+  void didChange();
+  void absorb(Progress& child);
+  void scheduleNotification();
+  void notify();
+
+  std::int64_t totalUnitCount_;
+  std::int64_t completedUnitCount_ = 0;
+  std::vector<Child> children_;
+  std::weak_ptr<Progress> parent_;
+  std::vector<std::weak_ptr<Observer>> observers_;
+  bool isNotificationPending_ = false;
+};
+
+}  // namespace quillbay::platform

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QuillbayPlatform/Error.h>
+
+#include <string>
+
+namespace quillbay::platform {
+
+/// Why a transfer ended without a usable reply.
+class URLError final : public Error {
+ public:
+  enum class Code {
+    cancelled,  ///< the process is ending
+    timedOut,   ///< nothing moved for the request's time-out
+    cannotFindHost,
+    cannotConnectToHost,
+    networkConnectionLost,   ///< also a reply that came before the body was sent
+    secureConnectionFailed,  ///< TLS hand-shake or certificate
+    unsupportedURL,          ///< not https, or with a password in it
+    tooManyRedirects,
+    dataLengthExceedsMaximum,
+    cannotReadFile,  ///< the upload's file cannot be opened, shrank, or failed to read
+    unknown,
+  };
+
+  /// `reason` is for developers and must hold no secret.
+  URLError(Code code, std::string reason) : code_(code), reason_(std::move(reason)) {}
+
+  Code code() const { return code_; }
+  std::string description() const override { return reason_; }
+
+ private:
+  Code code_;
+  std::string reason_;
+};
+
+}  // namespace quillbay::platform

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QuillbayPlatform/HTTPURLResponse.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillbay::platform {
+
+/// Gathers the final reply of a request from header lines and body pieces, up to a limit. Interim
+/// replies (status 1xx) are forgotten with their fields. Engine thread.
+class ReplyCollector {
+ public:
+  explicit ReplyCollector(std::size_t maximumByteCount) : maximumByteCount_(maximumByteCount) {}
+
+  /// Forgets everything: another request follows.
+  void reset();
+
+  /// One line of a reply's head, line end included; the empty line ends the head. False once the
+  /// head is over the limit.
+  bool appendHeaderLine(std::string_view line);
+
+  /// A piece of the body. False once the body is over the limit.
+  bool appendBody(std::string_view bytes);
+
+  bool isOverLimit() const { return overLimit_; }
+  /// The status once the final head is complete, else 0.
+  int statusCode() const { return headComplete_ ? statusCode_ : 0; }
+  /// The final reply's head from `url`; nothing before it is complete.
+  std::optional<HTTPURLResponse> response(const URL& url) const;
+  std::string takeBody() { return std::move(body_); }
+
+ private:
+  const std::size_t maximumByteCount_;
+  std::size_t headByteCount_ = 0;
+  int statusCode_ = 0;
+  bool headComplete_ = false;
+  bool overLimit_ = false;
+  HTTPURLResponse::HeaderFields headerFields_;
+  std::string body_;
+};
+
+}  // namespace quillbay::platform

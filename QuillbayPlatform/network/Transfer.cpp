@@ -1,0 +1,330 @@
+#include <QuillbayPlatform/network/AddressPolicy.h>
+#include <QuillbayPlatform/network/Transfer.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <charconv>
+#include <span>
+#include <string_view>
+
+namespace quillbay::platform {
+namespace {
+
+constexpr const char* kContentLength = "Content-Length";
+
+constexpr std::size_t kMaximumReplyByteCount = std::size_t{64} << 20;
+constexpr std::size_t kMaximumUploadReplyByteCount = std::size_t{1} << 20;
+constexpr long kUploadBufferByteCount = 512L << 10;
+constexpr long kReceiveBufferByteCount = 128L << 10;
+
+// Above this, a body waits for the server's word: a refusal that comes while the body is being
+// sent is mostly lost with the connection.
+constexpr std::uint64_t kExpectContinueByteCount = std::uint64_t{1} << 20;
+// A server that ignores the question costs this once a file.
+constexpr long kExpectContinueMilliseconds = 300;
+
+std::optional<std::uint64_t> announcedByteCount(const URLRequest& request) {
+  const auto field = request.headerFields.find(kContentLength);
+  if (field == request.headerFields.end()) return std::nullopt;
+  const std::string& value = field->second;
+  std::uint64_t byteCount = 0;
+  const char* end = value.data() + value.size();
+  const auto [stop, error] = std::from_chars(value.data(), end, byteCount);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return byteCount;
+}
+
+// A file name may hold line ends; on the wire they would begin further fields.
+std::string headerLine(const std::string& name, std::string value) {
+  std::ranges::replace_if(value, [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
+  const bool isBlank = value.find_first_not_of(" \t") == std::string::npos;
+  // libcurl takes a line without a value for the wish to leave the field out.
+  return isBlank ? name + ";" : name + ": " + value;
+}
+
+URLError::Code errorCode(CURLcode code) {
+  switch (code) {
+    case CURLE_OPERATION_TIMEDOUT:
+      return URLError::Code::timedOut;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return URLError::Code::cannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+      return URLError::Code::cannotConnectToHost;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+      return URLError::Code::secureConnectionFailed;
+    case CURLE_URL_MALFORMAT:
+    case CURLE_UNSUPPORTED_PROTOCOL:
+      return URLError::Code::unsupportedURL;
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+      return URLError::Code::networkConnectionLost;
+    default:
+      return URLError::Code::unknown;
+  }
+}
+
+}  // namespace
+
+Transfer::Transfer(URLRequest request, std::optional<URL> bodyFile,
+                   std::shared_ptr<TaskProgress> progress, Finish finish)
+    : request_(std::move(request)),
+      bodyFile_(std::move(bodyFile)),
+      progress_(std::move(progress)),
+      finish_(std::move(finish)),
+      redirectPolicy_(bodyFile_ ? RedirectPolicy::Kind::upload : RedirectPolicy::Kind::data),
+      silence_(std::chrono::seconds(request_.timeoutSeconds)),
+      reply_(bodyFile_ ? kMaximumUploadReplyByteCount : kMaximumReplyByteCount) {}
+
+Transfer::State Transfer::begin(const NetworkSettings& settings) {
+  settings_ = settings;
+  if (!isAllowedAddress(request_.url)) {
+    return fail(URLError::Code::unsupportedURL, "not an https address without a password");
+  }
+  if (isUpload() && openBody() == State::finished) return State::finished;
+
+  easy_.reset(curl_easy_init());
+  if (!easy_) return fail(URLError::Code::unknown, "out of memory");
+  return configure();
+}
+
+Transfer::State Transfer::openBody() {
+  auto body = UploadBody::open(*bodyFile_, announcedByteCount(request_));
+  if (!body) return fail(URLError::Code::cannotReadFile, body.error()->description());
+  body_ = std::move(*body);
+  return State::running;
+}
+
+Transfer::State Transfer::configure() {
+  curl_easy_reset(easy_.get());
+  reply_.reset();
+  silence_.restart();
+  errorText_[0] = '\0';
+  configureConnection();
+  configureRoute();
+  configureBody();
+  configureHeaders();
+  configureCallbacks();
+  return State::running;
+}
+
+void Transfer::configureConnection() {
+  CURL* easy = easy_.get();
+  curl_easy_setopt(easy, CURLOPT_URL, request_.url.absoluteString().c_str());
+  curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, static_cast<long>(request_.timeoutSeconds));
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  // A slow resolver must not hold up the end of the process.
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+  curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveBufferByteCount);
+  // A request on a kept connection that died meanwhile is silently sent again; a POST must not be.
+  if (request_.method == "POST") curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+}
+
+void Transfer::configureRoute() {
+  CURL* easy = easy_.get();
+  routeList_.reset();
+  for (const std::string& route : settings_.connectTo) append(routeList_, route.c_str());
+  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, routeList_.get());
+  if (!settings_.caBundlePath.empty()) {
+    curl_easy_setopt(easy, CURLOPT_CAINFO, settings_.caBundlePath.c_str());
+  }
+  // With a folder of certificates beside the bundle, the roots are parsed for every connection.
+  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+  if (request_.url.scheme() == "http" || isLoopbackHost(request_.url.host())) {
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+  } else if (!settings_.proxy.empty()) {
+    curl_easy_setopt(easy, CURLOPT_PROXY, settings_.proxy.c_str());
+  }
+}
+
+void Transfer::configureBody() {
+  CURL* easy = easy_.get();
+  if (isUpload()) {
+    body_->seek(0);
+    curl_easy_setopt(easy, CURLOPT_UPLOAD, 1L);
+    curl_easy_setopt(easy, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(body_->byteCount()));
+    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, kUploadBufferByteCount);
+    curl_easy_setopt(easy, CURLOPT_READFUNCTION, readBody);
+    curl_easy_setopt(easy, CURLOPT_READDATA, this);
+    curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, seekBody);
+    curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
+  } else if (request_.body || request_.method == "POST" || request_.method == "PUT") {
+    // These methods announce their length even when there is nothing to send.
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(bodyByteCount()));
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
+  }
+  curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request_.method.c_str());
+  if (bodyByteCount() > kExpectContinueByteCount) {
+    curl_easy_setopt(easy, CURLOPT_EXPECT_100_TIMEOUT_MS, kExpectContinueMilliseconds);
+  }
+}
+
+void Transfer::configureHeaders() {
+  auto fields = request_.headerFields;
+  // Announced from the body itself, once.
+  fields.erase(kContentLength);
+  headerList_.reset();
+  for (const auto& [name, value] : fields) append(headerList_, headerLine(name, value).c_str());
+  if (bodyByteCount() <= kExpectContinueByteCount) append(headerList_, "Expect:");
+  if (isUpload()) {
+    // A presigned address may refuse fields that were not signed.
+    append(headerList_, "Accept:");
+  } else {
+    if (!fields.contains("Content-Type")) append(headerList_, "Content-Type:");
+    curl_easy_setopt(easy_.get(), CURLOPT_ACCEPT_ENCODING, "gzip");
+  }
+  curl_easy_setopt(easy_.get(), CURLOPT_HTTPHEADER, headerList_.get());
+}
+
+void Transfer::configureCallbacks() {
+  CURL* easy = easy_.get();
+  curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
+  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, receiveHeader);
+  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, receiveBody);
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, openSocket);
+  curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, connected);
+  curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+  // A proxy's reply to CONNECT is not the server's.
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, reportProgress);
+  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
+}
+
+std::uint64_t Transfer::bodyByteCount() const {
+  if (body_) return body_->byteCount();
+  return request_.body ? request_.body->size() : 0;
+}
+
+Transfer::State Transfer::performed(CURLcode code) {
+  if (successCameEarly_ || (isUpload() && reply_.statusCode() / 100 == 2 && !wholeBodyWasSent())) {
+    return fail(URLError::Code::networkConnectionLost,
+                "the server answered before the whole body was sent");
+  }
+  auto response = reply_.response(request_.url);
+  if (code != CURLE_OK) return finish({std::nullopt, std::move(response), transportError(code)});
+  if (!response) {
+    return fail(URLError::Code::networkConnectionLost, "the server gave no complete reply");
+  }
+  return follow(*response);
+}
+
+Transfer::State Transfer::follow(const HTTPURLResponse& response) {
+  auto decision = redirectPolicy_.decide(request_, response);
+  if (auto* next = std::get_if<URLRequest>(&decision)) {
+    request_ = std::move(*next);
+    return configure();
+  }
+  if (auto* error = std::get_if<std::shared_ptr<const URLError>>(&decision)) {
+    return finish({std::nullopt, std::nullopt, std::move(*error)});
+  }
+  if (response.statusCode() / 100 == 2) progress_->complete();
+  return finish({reply_.takeBody(), response, nullptr});
+}
+
+void Transfer::cancel() { fail(URLError::Code::cancelled, "the process is ending"); }
+
+bool Transfer::wholeBodyWasSent() const {
+  curl_off_t sentByteCount = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_SIZE_UPLOAD_T, &sentByteCount);
+  return std::cmp_equal(sentByteCount, bodyByteCount());
+}
+
+ErrorPtr Transfer::transportError(CURLcode code) const {
+  if (bodyError_) return makeError(URLError::Code::cannotReadFile, bodyError_->description());
+  if (reply_.isOverLimit()) {
+    return makeError(URLError::Code::dataLengthExceedsMaximum, "the reply is too large");
+  }
+  if (silence_.isOver()) {
+    return makeError(URLError::Code::timedOut,
+                     "nothing moved for " + std::to_string(request_.timeoutSeconds) + " seconds");
+  }
+  const char* text = errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(code);
+  return makeError(errorCode(code), text);
+}
+
+ErrorPtr Transfer::makeError(URLError::Code code, const std::string& reason) const {
+  return std::make_shared<const URLError>(
+      code, request_.method + " " + request_.url.redacted() + ": " + reason);
+}
+
+Transfer::State Transfer::fail(URLError::Code code, const std::string& reason) {
+  return finish({std::nullopt, std::nullopt, makeError(code, reason)});
+}
+
+Transfer::State Transfer::finish(Outcome outcome) {
+  finish_(std::move(outcome));
+  return State::finished;
+}
+
+std::size_t Transfer::readBody(char* buffer, std::size_t size, std::size_t count,
+                               void* transfer) noexcept {
+  auto& self = *static_cast<Transfer*>(transfer);
+  auto byteCount = self.body_->read(std::as_writable_bytes(std::span(buffer, size * count)));
+  if (byteCount) return *byteCount;
+  self.bodyError_ = std::move(byteCount.error());
+  return CURL_READFUNC_ABORT;
+}
+
+int Transfer::seekBody(void* transfer, curl_off_t offset, int origin) noexcept {
+  auto& self = *static_cast<Transfer*>(transfer);
+  if (origin != SEEK_SET || offset < 0) return CURL_SEEKFUNC_CANTSEEK;
+  return self.body_->seek(static_cast<std::uint64_t>(offset)) ? CURL_SEEKFUNC_OK
+                                                              : CURL_SEEKFUNC_FAIL;
+}
+
+std::size_t Transfer::receiveHeader(char* bytes, std::size_t size, std::size_t count,
+                                    void* transfer) noexcept {
+  auto& self = *static_cast<Transfer*>(transfer);
+  const std::string_view line(bytes, size * count);
+  if (!self.reply_.appendHeaderLine(line)) return 0;
+  if (self.isUpload() && self.reply_.statusCode() / 100 == 2 && !self.wholeBodyWasSent()) {
+    // Nothing that is sent from here on can have been meant by that reply.
+    self.successCameEarly_ = true;
+    return 0;
+  }
+  return line.size();
+}
+
+std::size_t Transfer::receiveBody(char* bytes, std::size_t size, std::size_t count,
+                                  void* transfer) noexcept {
+  auto& self = *static_cast<Transfer*>(transfer);
+  const std::string_view piece(bytes, size * count);
+  return self.reply_.appendBody(piece) ? piece.size() : 0;
+}
+
+int Transfer::connected(void* transfer, char*, char*, int, int) noexcept {
+  static_cast<Transfer*>(transfer)->silence_.restart();
+  return CURL_PREREQFUNC_OK;
+}
+
+int Transfer::reportProgress(void* transfer, curl_off_t, curl_off_t downloaded,
+                             curl_off_t uploadTotal, curl_off_t uploaded) noexcept {
+  auto& self = *static_cast<Transfer*>(transfer);
+  self.progress_->update(uploaded, uploadTotal);
+  long headByteCount = 0;
+  curl_easy_getinfo(self.easy_.get(), CURLINFO_HEADER_SIZE, &headByteCount);
+  self.silence_.observe(headByteCount + downloaded, uploaded, self.easy_.get());
+  return self.silence_.isOver() ? 1 : 0;
+}
+
+curl_socket_t Transfer::openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+}  // namespace quillbay::platform

@@ -1,0 +1,44 @@
+#include <QuillbayPlatform/network/UploadBody.h>
+
+#include <algorithm>
+
+namespace quillbay::platform {
+namespace {
+
+ErrorPtr shortened(const URL& fileURL) {
+  return std::make_shared<const FileError>("read", fileURL.path(),
+                                           "the file is shorter than announced");
+}
+
+}  // namespace
+
+std::expected<UploadBody, ErrorPtr> UploadBody::open(
+    const URL& fileURL, std::optional<std::uint64_t> announcedByteCount) {
+  auto file = FileHandle::openForReading(fileURL);
+  if (!file) return std::unexpected(std::move(file.error()));
+  const auto size = file->byteCount();
+  if (!size) return std::unexpected(size.error());
+
+  const std::uint64_t byteCount = announcedByteCount.value_or(*size);
+  if (*size < byteCount) return std::unexpected(shortened(fileURL));
+  file->adviseSequential();
+  return UploadBody(std::move(*file), fileURL, byteCount);
+}
+
+std::expected<std::size_t, ErrorPtr> UploadBody::read(std::span<std::byte> buffer) {
+  const auto wanted = std::min<std::uint64_t>(buffer.size(), byteCount_ - position_);
+  if (wanted == 0) return 0;
+  const auto count = file_.read(buffer.first(static_cast<std::size_t>(wanted)));
+  if (!count) return count;
+  if (*count == 0) return std::unexpected(shortened(fileURL_));
+  position_ += *count;
+  return count;
+}
+
+bool UploadBody::seek(std::uint64_t offset) {
+  if (offset > byteCount_ || !file_.seek(offset)) return false;
+  position_ = offset;
+  return true;
+}
+
+}  // namespace quillbay::platform

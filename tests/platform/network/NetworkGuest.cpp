@@ -1,0 +1,102 @@
+// A program that ends, or forks, while the network is at work for it. What it finds wrong is its
+// exit status.
+//
+//   NetworkGuest MODE ADDRESS AUTHORITY FILE
+
+#include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/NetworkSettings.h>
+#include <QuillbayPlatform/URLSession.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace quillbay::platform;
+
+enum Failure {
+  threadBeforeFirstUse = 10,
+  taskNotEndedOnce,
+  noProgress,
+  childFailed,
+  calledBackInChild,
+};
+
+constexpr int taskCount = 3;
+std::atomic<int> callCounts[taskCount];
+const pid_t mainProcess = ::getpid();
+
+/// Registered before the network is first used, hence called after it has ended.
+void checkThatEveryTaskEndedOnce() {
+  if (::getpid() != mainProcess) return;
+  for (const auto& count : callCounts) {
+    if (count != 1) ::_exit(taskNotEndedOnce);
+  }
+}
+
+std::size_t threadCount() {
+  std::size_t count = 0;
+  for ([[maybe_unused]] const auto& entry :
+       std::filesystem::directory_iterator("/proc/self/task")) {
+    ++count;
+  }
+  return count;
+}
+
+URLSession::CompletionHandler counting(std::atomic<int>& count) {
+  return [&count](auto&&...) { ++count; };
+}
+
+std::shared_ptr<URLSessionTask> startUpload(const char* address, const char* file,
+                                            std::atomic<int>& count) {
+  URLRequest request("PUT", URL::parse(address).value());
+  auto task = URLSession::create()->uploadTask(request, URL::fileURL(file), counting(count));
+  task->resume();
+  return task;
+}
+
+/// Ends as the child of a process whose network is at work. In this process there is none.
+[[noreturn]] void beChild(const char* address, const char* file) {
+  static std::atomic<int> count = 0;
+  startUpload(address, file, count);
+  runMainQueue([] { return count > 0; }, std::chrono::milliseconds(50));
+  std::exit(count > 0 ? calledBackInChild : 0);
+}
+
+void fork(const char* address, const char* file) {
+  for (int round = 0; round < 10; ++round) {
+    const pid_t child = ::fork();
+    if (child == 0) beChild(address, file);
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+  }
+}
+
+}  // namespace
+
+int main(int, char** arguments) {
+  const std::string_view mode = arguments[1];
+  const char* const address = arguments[2];
+  const char* const file = arguments[4];
+  if (threadCount() != 1) return threadBeforeFirstUse;
+
+  std::atexit(checkThatEveryTaskEndedOnce);
+  NetworkSettings settings;
+  settings.caBundlePath = arguments[3];
+  NetworkSettings::set(settings);
+  std::vector<std::shared_ptr<URLSessionTask>> tasks;
+  for (auto& count : callCounts) tasks.push_back(startUpload(address, file, count));
+  if (mode == "exit-at-once") std::exit(0);
+
+  const auto isMoving = [&] { return tasks.back()->progress()->fractionCompleted() > 0; };
+  if (!runMainQueue(isMoving, std::chrono::seconds(60))) ::_exit(noProgress);
+  if (mode == "fork") fork(address, file);
+  if (mode == "return") return 0;
+  std::exit(0);
+}

@@ -1,0 +1,103 @@
+#include "NetworkTest.h"
+#include "ScriptedServer.h"
+#include "TemporaryFolder.h"
+
+#include <list>
+
+namespace quillbay::test {
+namespace {
+
+using URLSessionTimeoutTest = NetworkTest;
+using std::chrono::milliseconds;
+
+constexpr std::uint64_t mebibyte = 1024 * 1024;
+
+struct Row {
+  const char* name;
+  std::optional<TestCertificates::Server> certificate;
+  bool isUpload;
+  ScriptedServer::ConnectionHandler script;
+};
+
+/// All rows at once: they do little but wait.
+void expectOutcomes(const std::vector<Row>& rows, int timeoutSeconds,
+                    const std::string& errorName) {
+  const TemporaryFolder folder;
+  const auto file = folder.writeSparse("file", 64 * mebibyte);
+  std::list<ScriptedServer> servers;
+  std::vector<RunningTask> tasks;
+  for (const Row& row : rows) {
+    ScriptedServer& server = servers.emplace_back(row.certificate);
+    server.onConnection(row.script);
+    const std::string address = "https://127.0.0.1:" + std::to_string(server.port()) + "/?q=s3cr3t";
+    auto sent = row.isUpload ? storeRequest(address, 64 * mebibyte) : request("GET", address);
+    sent.timeoutSeconds = timeoutSeconds;
+    tasks.push_back(row.isUpload ? RunningTask::upload(sent, file) : RunningTask::data(sent));
+  }
+  for (std::size_t index = 0; index < rows.size(); ++index) {
+    SCOPED_TRACE(rows[index].name);
+    EXPECT_EQ(tasks[index].wait().errorName(), errorName);
+  }
+}
+
+constexpr auto trusted = TestCertificates::Server::trusted;
+
+TEST_F(URLSessionTimeoutTest, SilenceForTheTimeOutEndsTheTaskWhereverItFalls) {
+  const std::vector<Row> rows = {
+      {"instead of TLS", ScriptedServer::plain, false,
+       [](Connection& connection) { connection.waitForClient(); }},
+      {"after the request", trusted, false,
+       [](Connection& connection) { connection.waitForClient(); }},
+      {"amid the head", trusted, false,
+       [](Connection& connection) {
+         connection.readHead();
+         connection.send("HTTP/1.1 200 OK\r\nContent-");
+         connection.waitForClient();
+       }},
+      {"amid the reply", trusted, false,
+       [](Connection& connection) {
+         connection.readHead();
+         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalf");
+         connection.waitForClient();
+       }},
+      {"amid the upload", trusted, true,
+       [](Connection& connection) {
+         connection.readHead();
+         connection.send("HTTP/1.1 100 Continue\r\n\r\n");
+         connection.readBody(mebibyte);
+         connection.waitFor(Gate());
+       }},
+      {"after the upload", trusted, true,
+       [](Connection& connection) {
+         connection.readRequest();
+         connection.waitForClient();
+       }},
+  };
+  expectOutcomes(rows, 1, "timedOut");
+}
+
+TEST_F(URLSessionTimeoutTest, ATransferThatMovesNowAndThenMayTakeLongerThanTheTimeOut) {
+  const std::vector<Row> rows = {
+      {"reply by rare bytes", trusted, false,
+       [](Connection& connection) {
+         connection.readHead();
+         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
+         connection.drip("drip....", milliseconds(1300));
+       }},
+      {"upload by pieces", trusted, true,
+       [](Connection& connection) {
+         connection.readHead();
+         connection.send("HTTP/1.1 100 Continue\r\n\r\n");
+         for (int piece = 0; piece < 6; ++piece) {
+           connection.readBody(8 * mebibyte);
+           connection.pause(milliseconds(700));
+         }
+         connection.readBody();
+         connection.send(Reply::empty(200));
+       }},
+  };
+  expectOutcomes(rows, 2, "none");
+}
+
+}  // namespace
+}  // namespace quillbay::test

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Gate.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quillbay::test {
+
+/// An ordinary reply. "Content-Length" is added where it belongs, unless a field of that name is
+/// given.
+struct Reply {
+  int status = 200;
+  std::vector<std::pair<std::string, std::string>> headerFields = {};
+  std::string body = {};
+  /// Says "Connection: close" and closes.
+  bool closeAfter = false;
+  /// Closes without a word, so that the next request on this connection meets a dead one.
+  bool closeSilentlyAfter = false;
+  /// Holds the reply back until the gate opens.
+  std::shared_ptr<Gate> sendAfter = {};
+  /// Goes out in place of status, fields and body.
+  std::string raw = {};
+
+  static Reply json(std::string text, int status = 200);
+  static Reply empty(int status);
+  static Reply redirect(int status, std::string location);
+  /// Closes the connection without a byte of reply.
+  static Reply none();
+
+  std::string bytes() const;
+};
+
+}  // namespace quillbay::test
