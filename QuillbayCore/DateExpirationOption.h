@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QuillbayPlatform/Date.h>
+
+#include <optional>
+
+namespace quillbay::core {
+
+/// How long a link is to live: a count of minutes, hours, days or calendar months, or for ever.
+/// An immutable value; any thread.
+class DateExpirationOption {
+ public:
+  enum class Unit { minutes, hours, days, months, never };
+
+  static constexpr DateExpirationOption minutes(int count) { return {Unit::minutes, count}; }
+  static constexpr DateExpirationOption hours(int count) { return {Unit::hours, count}; }
+  static constexpr DateExpirationOption days(int count) { return {Unit::days, count}; }
+  static constexpr DateExpirationOption months(int count) { return {Unit::months, count}; }
+  static constexpr DateExpirationOption never() { return {Unit::never, 0}; }
+
+  constexpr Unit unit() const { return unit_; }
+  /// 0 for never.
+  constexpr int count() const { return count_; }
+
+  /// The end date, counted from `now`; absent for never. Months go by the calendar in UTC and keep
+  /// the time of day; a day that the month lacks becomes its last: 31 January and one month is the
+  /// last of February.
+  std::optional<platform::Date> date(platform::Date now) const;
+
+  /// The same, counted from this moment.
+  std::optional<platform::Date> date() const;
+
+  friend bool operator==(const DateExpirationOption&, const DateExpirationOption&) = default;
+
+ private:
+  constexpr DateExpirationOption(Unit unit, int count) : unit_(unit), count_(count) {}
+
+  Unit unit_;
+  int count_;
+};
+
+}  // namespace quillbay::core
