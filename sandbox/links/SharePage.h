@@ -1,0 +1,15 @@
+#pragma once
+
+#include "sandbox/http/Reply.h"
+#include "sandbox/model/Session.h"
+
+namespace quillbay::sandbox {
+
+/// The page of a link: what is shared, what has arrived and what is still on its way. It reloads
+/// itself until everything is there. With status 503 it stands in for content that is not.
+Reply sharePage(Session& session, int status = 200);
+
+/// Asks for the link's password; `problem` tells what was wrong with the last one.
+Reply passwordPage(int status, const SessionRecord& session, std::string_view problem);
+
+}  // namespace quillbay::sandbox

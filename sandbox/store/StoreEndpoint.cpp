@@ -1,0 +1,121 @@
+#include "sandbox/store/StoreEndpoint.h"
+
+#include "sandbox/store/IncomingObject.h"
+#include "sandbox/store/StoreError.h"
+
+namespace quillbay::sandbox {
+
+struct StoreEndpoint::Upload {
+  std::shared_ptr<Session> session;
+  std::size_t index = 0;
+  std::uint64_t byteCount = 0;
+};
+
+namespace {
+
+/// The page of a link shows how far an upload has come; an end in any way clears the figure.
+class ArrivalGauge {
+ public:
+  ArrivalGauge(Session& session, std::size_t index) : gauge_(session.arrivingByteCount(index)) {
+    gauge_ = 0;
+  }
+  ~ArrivalGauge() { gauge_ = 0; }
+  ArrivalGauge(const ArrivalGauge&) = delete;
+  ArrivalGauge& operator=(const ArrivalGauge&) = delete;
+
+  void set(std::uint64_t byteCount) { gauge_.store(byteCount, std::memory_order_relaxed); }
+
+ private:
+  std::atomic<std::uint64_t>& gauge_;
+};
+
+void refuseWhatCannotBeStored(const Call& call) {
+  if (!call.body.announcedByteCount()) {
+    throw StoreError(411, "MissingContentLength", "You must provide the Content-Length header.");
+  }
+  // The HTTP library would unpack or take apart such bodies instead of handing them over.
+  if (call.request.has_header("Content-Encoding") || call.request.is_multipart_form_data()) {
+    throw StoreError(501, "NotImplemented", "The body must be the plain bytes of the file.");
+  }
+}
+
+}  // namespace
+
+StoreEndpoint::StoreEndpoint(SessionStore& sessions, const PresignedAddress& addresses, Clock clock,
+                             std::filesystem::path incomingFolder)
+    : sessions_(sessions),
+      addresses_(addresses),
+      clock_(std::move(clock)),
+      incomingFolder_(std::move(incomingFolder)) {}
+
+std::string StoreEndpoint::objectPath(const SessionRecord& session, const Item& item) {
+  return "/" + std::string(bucket) + "/" + session.identifier + "/" + item.identifier;
+}
+
+Reply StoreEndpoint::answer(Call& call) {
+  try {
+    return receive(call, admit(call));
+  } catch (const StoreError& error) {
+    return error.reply(call.target.path);
+  } catch (const SessionConflict& error) {
+    return StoreError(409, "OperationAborted", error.what()).reply(call.target.path);
+  } catch (const std::exception& error) {
+    return StoreError(500, "InternalError", error.what()).reply(call.target.path);
+  }
+}
+
+std::optional<Reply> StoreEndpoint::refuseEarly(Call& call) {
+  try {
+    admit(call);
+    return std::nullopt;
+  } catch (const StoreError& error) {
+    return error.reply(call.target.path);
+  }
+}
+
+StoreEndpoint::Upload StoreEndpoint::admit(const Call& call) const {
+  if (call.request.method != "PUT") {
+    throw StoreError(405, "MethodNotAllowed", "The method is not allowed on this resource.");
+  }
+  addresses_.verify(call);
+  const auto& segments = call.target.segments;
+  const auto session = segments.size() == 3 ? sessions_.findByIdentifier(segments[1]) : nullptr;
+  const auto index = session ? session->itemIndex(segments[2]) : std::nullopt;
+  if (!index) throw StoreError(404, "NoSuchKey", "The specified key does not exist.");
+  if (session->record().isExpired(clock_())) {
+    throw StoreError(403, "AccessDenied", "The session has expired.");
+  }
+  if (session->item(*index).isUploaded) {
+    throw StoreError(403, "AccessDenied", "The file is complete and cannot be replaced.");
+  }
+  refuseWhatCannotBeStored(call);
+  const std::uint64_t byteCount = *call.body.announcedByteCount();
+  if (byteCount > session->record().items[*index].file.byteCount) {
+    throw StoreError(400, "EntityTooLarge", "The upload is larger than the announced file.");
+  }
+  return {session, *index, byteCount};
+}
+
+Reply StoreEndpoint::receive(Call& call, const Upload& upload) const {
+  IncomingObject object(incomingFolder_);
+  ArrivalGauge gauge(*upload.session, upload.index);
+  const bool isWhole = call.body.read([&](std::string_view bytes) {
+    object.append(bytes);
+    gauge.set(object.byteCount());
+  });
+  if (!isWhole || object.byteCount() != upload.byteCount) {
+    throw StoreError(400, "IncompleteBody",
+                     "The body ended before the number of bytes in its Content-Length header.");
+  }
+  object.finish();
+  upload.session->store(upload.index, object.file(),
+                        {.fileName = {},
+                         .entityTag = object.entityTag(),
+                         .fingerprint = object.fingerprint(),
+                         .byteCount = object.byteCount(),
+                         .contentType = call.header("Content-Type"),
+                         .isInline = call.header("Content-Disposition").starts_with("inline")});
+  return {200, {}, {}, {{"ETag", object.entityTag()}}};
+}
+
+}  // namespace quillbay::sandbox

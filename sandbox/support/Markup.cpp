@@ -1,0 +1,33 @@
+#include "sandbox/support/Markup.h"
+
+namespace quillbay::sandbox {
+
+std::string escapeMarkup(std::string_view text) {
+  std::string escaped;
+  escaped.reserve(text.size());
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&#39;";
+        break;
+      default:
+        // Control characters have no place in XML and are replaced in HTML by browsers anyway.
+        escaped += static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t' ? ' ' : c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace quillbay::sandbox

@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "sandbox/model/SessionStore.h"
+#include "sandbox/support/Files.h"
+#include "tests/sandbox/RawClient.h"
+#include "tests/sandbox/RunningSandbox.h"
+
+namespace quillbay::sandbox {
+namespace {
+
+using nlohmann::json;
+
+const TestFile letter{"letter.txt", "Dear all"};
+
+class Persistence : public RunningSandbox {
+ protected:
+  /// All text and bytes below the data folder.
+  std::string everythingOnDisk() const {
+    std::string text;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
+      if (entry.is_regular_file()) text += readFile(entry.path());
+    }
+    return text;
+  }
+};
+
+TEST_F(Persistence, KeepsSessionsUploadsAndAuthorityOverARestart) {
+  const json session = createSession({letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
+  upload(session, 0, letter);
+  const auto stored = put(uploadTarget(session, 1), letter);
+  const std::string authority = readFile(server_->authorityFile());
+  restart();
+  EXPECT_EQ(readFile(server_->authorityFile()), authority);
+  const auto reply = finalize(session, 1, stored->get_header_value("ETag"));
+  const json after = json::parse(reply->body);
+  EXPECT_EQ(after["title"], "Post");
+  EXPECT_EQ(after["items"][0]["is_uploaded"], true);
+  EXPECT_EQ(after["items"][1]["is_uploaded"], true);
+  EXPECT_EQ(client_->Get(linkOf(session))->status, 403);
+}
+
+TEST_F(Persistence, WritesNeitherTokenNorPasswordToDisk) {
+  const json session = createSession({letter}, {{"p", "dmVyeSBzZWNyZXQ="}});  // "very secret"
+  const std::string text = everythingOnDisk();
+  EXPECT_NE(text.find("letter.txt"), std::string::npos);
+  EXPECT_EQ(text.find(session["token"].get<std::string>()), std::string::npos);
+  EXPECT_EQ(text.find("very secret"), std::string::npos);
+  EXPECT_EQ(text.find("dmVyeSBzZWNyZXQ="), std::string::npos);
+}
+
+TEST_F(Persistence, KeepsItsKeysToItself) {
+  for (const char* name : {"tls/ca.key", "tls/server.key", "store.key", "cookie.key"}) {
+    struct stat status{};
+    ASSERT_EQ(::stat((folder_.path() / name).c_str(), &status), 0) << name;
+    EXPECT_EQ(status.st_mode & 0777, 0600u) << name;
+  }
+}
+
+TEST_F(Persistence, SurvivesAJournalLineThatWasCutShort) {
+  const json session = createSession({letter, letter});
+  upload(session, 0, letter);
+  const auto journal =
+      folder_.path() / "sessions" / session["id"].get<std::string>() / "journal.jsonl";
+  writeFileAtomically(journal, readFile(journal) + "{\"item\":1,\"fin");
+  restart();
+  upload(session, 1, letter);
+  restart();
+  EXPECT_EQ(client_->Get(linkOf(session))->body.find("on its way"), std::string::npos);
+}
+
+TEST_F(Persistence, FreesTheSpaceOfExpiredSessionsAndForgetsThemInTheEnd) {
+  TemporaryFolder folder;
+  SessionStore sessions(folder.path(), [](const std::string& warning) { FAIL() << warning; });
+  CreateRequest request;
+  request.expiration = now() + std::chrono::hours(1);
+  const auto session = sessions.create(makeSession("test", request).record);
+  const auto objects = folder.path() / session->record().identifier / "objects";
+  sessions.sweep(now());
+  EXPECT_TRUE(std::filesystem::exists(objects));
+  sessions.sweep(now() + std::chrono::hours(2));
+  EXPECT_FALSE(std::filesystem::exists(objects));
+  EXPECT_NE(sessions.findBySlug(session->record().slug), nullptr);
+  sessions.sweep(now() + std::chrono::days(40));
+  EXPECT_EQ(sessions.findBySlug(session->record().slug), nullptr);
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST_F(Persistence, SharesNeitherItsFolderNorItsPort) {
+  EXPECT_THROW(SandboxServer({.dataFolder = folder_.path()}), std::exception);
+  TemporaryFolder other;
+  EXPECT_THROW(SandboxServer({.port = server_->port(), .dataFolder = other.path()}),
+               std::exception);
+}
+
+TEST_F(Persistence, IsTrustedForItsOwnNamesOnly) {
+  httplib::SSLClient stranger("localhost", server_->port());
+  EXPECT_FALSE(stranger.Get("/"));
+  httplib::SSLClient byAddress("127.0.0.1", server_->port());
+  byAddress.set_ca_cert_path(server_->authorityFile());
+  EXPECT_TRUE(byAddress.Get("/"));
+}
+
+TEST_F(Persistence, StopsAtOnceInTheMiddleOfTransfers) {
+  const json session = createSession({letter});
+  RawClient idle(server_->port());
+  RawClient stalled(server_->port());
+  stalled.send("PUT " + uploadTarget(session, 0) + " HTTP/1.1\r\nHost: localhost:" +
+               std::to_string(server_->port()) + "\r\nContent-Length: 8\r\n\r\nDear");
+  const auto start = std::chrono::steady_clock::now();
+  server_->stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_EQ(idle.receiveAll(), "");
+}
+
+}  // namespace
+}  // namespace quillbay::sandbox

@@ -1,0 +1,45 @@
+#include "tests/sandbox/RawClient.h"
+
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+namespace quillbay::sandbox {
+
+RawClient::RawClient(int port)
+    : context_(SSL_CTX_new(TLS_client_method())), bio_(BIO_new_ssl_connect(context_.get())) {
+  BIO_set_conn_hostname(bio_.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
+  if (BIO_do_connect(bio_.get()) != 1 || BIO_do_handshake(bio_.get()) != 1) {
+    throw std::runtime_error("the sandbox does not take the connection");
+  }
+}
+
+void RawClient::send(std::string_view bytes) {
+  BIO_write(bio_.get(), bytes.data(), static_cast<int>(bytes.size()));
+}
+
+void RawClient::endSending() {
+  SSL* ssl = nullptr;
+  BIO_get_ssl(bio_.get(), &ssl);
+  SSL_shutdown(ssl);
+}
+
+std::string RawClient::receiveUntil(std::string_view end) {
+  std::array<char, 4096> buffer;
+  while (!received_.contains(end)) {
+    const int count = BIO_read(bio_.get(), buffer.data(), static_cast<int>(buffer.size()));
+    if (count <= 0) return std::exchange(received_, {});
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  const std::size_t length = received_.find(end) + end.size();
+  std::string taken = received_.substr(0, length);
+  received_.erase(0, length);
+  return taken;
+}
+
+std::string RawClient::receiveAll() {
+  // No reply contains this.
+  return receiveUntil(std::string_view("\0end\0", 5));
+}
+
+}  // namespace quillbay::sandbox

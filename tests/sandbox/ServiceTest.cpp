@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include "tests/sandbox/RunningSandbox.h"
+
+namespace quillbay::sandbox {
+namespace {
+
+using nlohmann::json;
+
+class Service : public RunningSandbox {
+ protected:
+  /// Every error body repeats its status and has words for the user.
+  static int refusedStatus(const httplib::Result& result) {
+    const json body = json::parse(result->body);
+    EXPECT_FALSE(body.at("message").get<std::string>().empty());
+    EXPECT_EQ(body.at("status"), result->status);
+    return result->status;
+  }
+};
+
+const TestFile letter{"letter.txt", "Dear all"};
+const TestFile photo{"photo.jpg", std::string(300'000, 'p'), "image/jpeg"};
+
+TEST_F(Service, DescribesTheCreatedSession) {
+  const json session = createSession(
+      {letter, photo}, {{"title", "Zwei \"Dateien\" ü"}, {"expiration", "32503680000.5"}});
+  EXPECT_EQ(session["title"], "Zwei \"Dateien\" ü");
+  EXPECT_TRUE(session["expiration"].is_number_integer());
+  EXPECT_EQ(session["expiration"], 32'503'680'000);
+  ASSERT_EQ(session["items"].size(), 2u);
+  EXPECT_EQ(session["items"][0]["is_uploaded"], false);
+  EXPECT_EQ(session["items"][1]["fingerprint"], announcement({photo})["items"][0]["f"]);
+  EXPECT_FALSE(createSession({letter}).contains("expiration"));
+}
+
+TEST_F(Service, CarriesAShareFromAnnouncementToLink) {
+  const json session = createSession({letter, photo});
+  upload(session, 1, photo);
+  upload(session, 0, letter);
+  const auto page = client_->Get(linkOf(session));
+  EXPECT_NE(page->body.find("letter.txt"), std::string::npos);
+  const std::string items = linkOf(session) + "/files/";
+  EXPECT_EQ(client_->Get(items + session["items"][0]["id"].get<std::string>())->body, letter.bytes);
+  EXPECT_EQ(client_->Get(items + session["items"][1]["id"].get<std::string>())->body, photo.bytes);
+}
+
+TEST_F(Service, RepliesToFinalizeWithTheWholeSessionAndTheToken) {
+  const json session = createSession({letter, photo});
+  const auto stored = put(uploadTarget(session, 1), photo);
+  const auto reply = finalize(session, 1, stored->get_header_value("ETag"));
+  json expected = session;
+  expected["items"][1]["is_uploaded"] = true;
+  EXPECT_EQ(json::parse(reply->body), expected);
+}
+
+TEST_F(Service, CompressesTheFinalizeReplyOnlyWhenAsked) {
+  const json session = createSession(std::vector<TestFile>(50, letter));
+  const auto stored = put(uploadTarget(session, 0), letter);
+  const std::string body = json{{"etag", stored->get_header_value("ETag")}}.dump();
+  httplib::Headers headers = tokenOf(session);
+  const auto plain = client_->Put(itemPath(session, 0, "finalize"), headers, body, "");
+  EXPECT_FALSE(plain->has_header("Content-Encoding"));
+  headers.emplace("Accept-Encoding", "deflate, gzip, br");
+  const auto packed = client_->Put(itemPath(session, 0, "finalize"), headers, body, "");
+  EXPECT_EQ(packed->get_header_value("Content-Encoding"), "gzip");
+  EXPECT_EQ(packed->body, plain->body);
+}
+
+TEST_F(Service, LetsNobodyInWithoutTheToken) {
+  const json session = createSession({letter});
+  json stranger = session;
+  stranger["token"] = createSession({letter})["token"];
+  json silent = session;
+  silent["token"] = "";
+  EXPECT_EQ(refusedStatus(requestUploadUrl(stranger, 0)), 403);
+  EXPECT_EQ(refusedStatus(finalize(stranger, 0, "\"x\"")), 403);
+  EXPECT_EQ(refusedStatus(requestUploadUrl(silent, 0)), 401);
+  const std::string path = "/cloud/test-instance/session/" + session["id"].get<std::string>();
+  EXPECT_EQ(refusedStatus(client_->Delete(path, tokenOf(stranger))), 403);
+  EXPECT_EQ(refusedStatus(client_->Delete(path)), 401);
+}
+
+TEST_F(Service, KnowsASessionOnlyUnderItsInstanceAndAnItemOnlyUnderItsSession) {
+  const json session = createSession({letter});
+  json foreign = session;
+  foreign["items"] = createSession({letter})["items"];
+  EXPECT_EQ(refusedStatus(requestUploadUrl(foreign, 0)), 404);
+  EXPECT_EQ(refusedStatus(finalize(foreign, 0, "\"x\"")), 404);
+  const std::string elsewhere = "/cloud/other/session/" + session["id"].get<std::string>();
+  EXPECT_EQ(refusedStatus(client_->Delete(elsewhere, tokenOf(session))), 404);
+}
+
+TEST_F(Service, WantsTheProtocolHeaderForAnUploadAddress) {
+  const json session = createSession({letter});
+  EXPECT_EQ(
+      refusedStatus(client_->Put(itemPath(session, 0, "upload_url"), tokenOf(session), "", "")),
+      400);
+}
+
+TEST_F(Service, AnswersUnknownAddressesMethodsAndBodiesInJson) {
+  EXPECT_EQ(refusedStatus(client_->Get("/cloud/x")), 404);
+  EXPECT_EQ(refusedStatus(client_->Get("/cloud/x/session")), 405);
+  EXPECT_EQ(refusedStatus(client_->Post("/cloud/x/session", "nonsense", "")), 400);
+  const json session = createSession({letter});
+  EXPECT_EQ(
+      refusedStatus(client_->Put(itemPath(session, 0, "finalize"), tokenOf(session), "{}", "")),
+      400);
+}
+
+TEST_F(Service, FinalizesOnlyWhatWasAnnounced) {
+  const json session = createSession({letter});
+  EXPECT_EQ(refusedStatus(finalize(session, 0, "\"d41d8cd98f00b204e9800998ecf8427e\"")), 409);
+
+  const auto shorter = put(uploadTarget(session, 0), {"letter.txt", "Dear"});
+  EXPECT_EQ(refusedStatus(finalize(session, 0, shorter->get_header_value("ETag"))), 409);
+
+  const auto other = put(uploadTarget(session, 0), {"letter.txt", "Dear ALL"});
+  EXPECT_EQ(refusedStatus(finalize(session, 0, other->get_header_value("ETag"))), 409);
+
+  const auto right = put(uploadTarget(session, 0), letter);
+  const std::string tag = right->get_header_value("ETag");
+  EXPECT_EQ(refusedStatus(finalize(session, 0, other->get_header_value("ETag"))), 409);
+  EXPECT_EQ(refusedStatus(finalize(session, 0, tag.substr(1, tag.size() - 2))), 409);
+  EXPECT_EQ(outcome(finalize(session, 0, tag)), "200");
+}
+
+TEST_F(Service, ComputesTheFingerprintThatWasNotAnnounced) {
+  json body = announcement({letter});
+  body["items"][0].erase("f");
+  const json session =
+      json::parse(client_->Post("/cloud/test-instance/session", body.dump(), "")->body);
+  EXPECT_EQ(session["items"][0]["fingerprint"], "");
+  const auto stored = put(uploadTarget(session, 0), letter);
+  const auto reply = finalize(session, 0, stored->get_header_value("ETag"));
+  EXPECT_EQ(json::parse(reply->body)["items"][0]["fingerprint"],
+            announcement({letter})["items"][0]["f"]);
+}
+
+TEST_F(Service, DeletesTheSessionWithItsFiles) {
+  const json session = share({letter, photo});
+  const std::string path = "/cloud/test-instance/session/" + session["id"].get<std::string>();
+  EXPECT_EQ(outcome(client_->Delete(path, tokenOf(session))), "204");
+  EXPECT_EQ(outcome(client_->Get(linkOf(session))), "404");
+  EXPECT_EQ(refusedStatus(client_->Delete(path, tokenOf(session))), 404);
+  EXPECT_EQ(filesOnDisk("sessions"), 0u);
+}
+
+TEST_F(Service, HoldsTenThousandFiles) {
+  const std::vector<TestFile> files(10'000, letter);
+  const json session = createSession(files);
+  ASSERT_EQ(session["items"].size(), files.size());
+  upload(session, 9'999, letter);
+}
+
+}  // namespace
+}  // namespace quillbay::sandbox
