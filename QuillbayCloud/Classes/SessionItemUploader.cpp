@@ -1,0 +1,161 @@
+#include <QuillbayCloud/Classes/MainQueueReference.h>
+#include <QuillbayCloud/Classes/SessionItemUploader.h>
+#include <QuillbayCloud/service/AmazonErrorParser.h>
+#include <QuillbayCloud/service/ItemUploadUrl.h>
+#include <QuillbayCloud/service/Log.h>
+#include <QuillbayPlatform/DispatchQueue.h>
+
+#include <utility>
+
+namespace quillbay::cloud {
+namespace {
+
+using platform::ErrorPtr;
+using platform::HTTPURLResponse;
+using platform::URL;
+
+constexpr std::string_view kRequestUploadUrl = "requestUploadUrl()";
+constexpr std::string_view kUploadItem = "uploadItem(url:)";
+constexpr std::string_view kUploadResult = "uploadResult(data:response:error:url:)";
+constexpr std::string_view kFinalizeUpload = "finalizeUpload(etag:)";
+
+}  // namespace
+
+std::shared_ptr<SessionItemUploader> SessionItemUploader::create(
+    std::shared_ptr<const Webservice> webservice, Session session, Item item, URL filePath,
+    bool isInline) {
+  return std::shared_ptr<SessionItemUploader>(new SessionItemUploader(
+      std::move(webservice), std::move(session), std::move(item), std::move(filePath), isInline));
+}
+
+SessionItemUploader::SessionItemUploader(std::shared_ptr<const Webservice> webservice,
+                                         Session session, Item item, URL filePath, bool isInline)
+    : webservice_(std::move(webservice)),
+      session_(std::move(session)),
+      item_(std::move(item)),
+      filePath_(std::move(filePath)),
+      isInline_(isInline) {}
+
+void SessionItemUploader::upload(std::shared_ptr<platform::Progress> progress,
+                                 Completion completion) {
+  progress_ = std::move(progress);
+  completion_ = std::move(completion);
+  requestUploadUrl();
+}
+
+void SessionItemUploader::requestUploadUrl() {
+  webservice_->perform<ItemUploadUrl>(
+      webservice_->requestFactory().uploadUrlRequest(session_.identifier(), item_.identifier(),
+                                                     token()),
+      [weakSelf = weak_from_this()](std::expected<ItemUploadUrl, Webservice::Error> result) {
+        if (!result) {
+          Log::error(kRequestUploadUrl, [&] {
+            return "Failed to obtain upload URL with error " + result.error().description();
+          });
+          if (const auto self = weakSelf.lock()) {
+            // Unlike everywhere else the service's error is wrapped as it is.
+            self->fail(QuillbayCloudError::underlying(
+                std::make_shared<const Webservice::Error>(std::move(result.error()))));
+          }
+          return;
+        }
+        Log::debug(kRequestUploadUrl,
+                   [] { return "Obtained upload URL, proceeding to upload..."; });
+        if (const auto self = weakSelf.lock()) self->uploadItem(result->url());
+      });
+}
+
+void SessionItemUploader::uploadItem(const URL& url) {
+  using Disposition = RequestFactory::ContentDispositionType;
+  auto request = webservice_->requestFactory().uploadRequest(
+      url, filePath_, isInline_ ? Disposition::inline_() : Disposition::attachment());
+  if (!request) {
+    Log::error(kUploadItem,
+               [&] { return "Failed to create upload item (" + item_.identifier() + ") request"; });
+    return fail(QuillbayCloudError::invalidFile());
+  }
+  Log::debug(kUploadItem,
+             [&] { return "Performing item (" + item_.identifier() + ") upload request..."; });
+  const auto task = platform::URLSession::create()->uploadTask(
+      *request, filePath_,
+      [weakSelf = weak_from_this(), request = *request](
+          std::optional<std::string> data, const std::optional<HTTPURLResponse>& response,
+          const ErrorPtr& error) {
+        const MainQueueReference self(weakSelf);
+        if (self) self->uploadEnded(uploadResult(std::move(data), response, error, request.url));
+      });
+  task->resume();
+  if (progress_) progress_->addChild(task->progress(), task->progress()->totalUnitCount());
+  uploadTask_ = task;
+}
+
+void SessionItemUploader::uploadEnded(std::expected<std::string, QuillbayCloudError> etag) {
+  if (!etag) {
+    Log::error(kUploadItem,
+               [&] { return "Failed uploading with error " + etag.error().description(); });
+    return fail(std::move(etag.error()));
+  }
+  Log::debug(kUploadItem, [&] { return "Successfully uploaded item with etag: " + *etag; });
+  finalizeUpload(*etag);
+}
+
+std::expected<std::string, QuillbayCloudError> SessionItemUploader::uploadResult(
+    std::optional<std::string> data, const std::optional<HTTPURLResponse>& response,
+    const ErrorPtr& error, const URL&) {
+  if (!response) {
+    Log::error(kUploadResult, [] { return "Unexpected response"; });
+    return std::unexpected(QuillbayCloudError::invalidResponse());
+  }
+  if (response->statusCode() == 200) {
+    if (auto etag = response->valueForHTTPHeaderField("Etag")) return std::move(*etag);
+  }
+  if (error) {
+    Log::error(kUploadResult,
+               [&] { return "Failed uploading item with generic error " + error->description(); });
+    return std::unexpected(QuillbayCloudError::underlying(error));
+  }
+  if (data) {
+    if (auto refusal = AmazonErrorParser::create(std::move(*data))->parse()) {
+      Log::error(kUploadResult,
+                 [&] { return "Failed uploading with AWS error " + refusal->description(); });
+      return std::unexpected(QuillbayCloudError::aws(std::move(*refusal)));
+    }
+  }
+  Log::error(kUploadResult, [] { return "Failed uploading item with unknown error"; });
+  return std::unexpected(QuillbayCloudError::invalidResponse());
+}
+
+void SessionItemUploader::finalizeUpload(const std::string& etag) {
+  Log::debug(kFinalizeUpload, [&] { return "Finalizing upload with etag: " + etag; });
+  webservice_->perform<Session>(
+      webservice_->requestFactory().finalizeRequest(session_.identifier(), item_.identifier(),
+                                                    token(), etag),
+      [weakSelf = weak_from_this()](std::expected<Session, Webservice::Error> result) {
+        if (!result) {
+          Log::error(kFinalizeUpload, [&] {
+            return "Failed to finalize upload with error " + result.error().description();
+          });
+          if (const auto self = weakSelf.lock()) {
+            self->fail(QuillbayCloudError::from(std::move(result.error())));
+          }
+          return;
+        }
+        Log::debug(kFinalizeUpload, [] { return "Finished upload finalization"; });
+        if (const auto self = weakSelf.lock()) self->succeed(std::move(*result));
+      });
+}
+
+void SessionItemUploader::fail(QuillbayCloudError error) {
+  report(std::unexpected(std::move(error)));
+}
+
+void SessionItemUploader::succeed(Session session) { report(std::move(session)); }
+
+void SessionItemUploader::report(Result result) {
+  platform::DispatchQueue::main().async(
+      [self = shared_from_this(), result = std::move(result)]() mutable {
+        if (self->completion_) self->completion_(std::move(result));
+      });
+}
+
+}  // namespace quillbay::cloud

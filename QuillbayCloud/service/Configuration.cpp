@@ -1,0 +1,7 @@
+#include <QuillbayCloud/service/Configuration.h>
+
+namespace quillbay::cloud {
+
+constinit std::atomic<const Configuration::EntryPoints*> Configuration::log_ = nullptr;
+
+}  // namespace quillbay::cloud

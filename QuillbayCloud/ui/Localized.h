@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillbay::cloud {
+
+/// The text for `key` in the string table "QuillbayCloud", in the user's language (see
+/// `platform::preferredLanguages`), else in English; `key` itself if the table lacks it. UTF-8. Any
+/// thread.
+std::string Localized(std::string_view key);
+
+}  // namespace quillbay::cloud

@@ -1,0 +1,93 @@
+#include "CloudTesting.h"
+
+#include <QuillbayCloud/service/Configuration.h>
+
+#include <algorithm>
+#include <mutex>
+
+#include "Waiting.h"
+
+namespace quillbay::test {
+namespace {
+
+std::mutex linesMutex;
+std::vector<std::string> recordedLines;
+
+void record(std::string_view level, const RecordingLogger::Message& message, std::string_view file,
+            std::string_view function, int line, const std::any& context) {
+  EXPECT_TRUE(file.starts_with("QuillbayCloud/")) << file;
+  EXPECT_GT(line, 0);
+  EXPECT_FALSE(context.has_value());
+  const std::lock_guard lock(linesMutex);
+  recordedLines.push_back(std::string(level) + " " + std::string(function) + ": " + message());
+}
+
+}  // namespace
+
+cloud::Session sessionWithItems(int count) {
+  std::string items;
+  for (int i = 1; i <= count; ++i) {
+    items += std::string(i > 1 ? "," : "") + R"({"id":"item-)" + std::to_string(i) +
+             R"(","is_uploaded":false,"fingerprint":""})";
+  }
+  return *decoded<cloud::Session>(
+      R"({"id":"session-1","token":"token-of-session-1","url":"https://q.example/s","items":[)" +
+      items + "]}");
+}
+
+void RecordingLogger::debug(const Message& message, std::string_view file,
+                            std::string_view function, int line, const std::any& context) {
+  record("debug", message, file, function, line, context);
+}
+
+void RecordingLogger::error(const Message& message, std::string_view file,
+                            std::string_view function, int line, const std::any& context) {
+  record("error", message, file, function, line, context);
+}
+
+void RecordingLogger::install() {
+  const std::lock_guard lock(linesMutex);
+  recordedLines.clear();
+  cloud::Configuration::setLog<RecordingLogger>();
+}
+
+std::vector<std::string> RecordingLogger::lines() {
+  const std::lock_guard lock(linesMutex);
+  return recordedLines;
+}
+
+bool RecordingLogger::hasLine(std::string_view line) {
+  const auto recorded = lines();
+  return std::ranges::find(recorded, line) != recorded.end();
+}
+
+HostObject::HostObject(int& livingCount) : livingCount_(livingCount) { ++livingCount_; }
+
+HostObject::~HostObject() {
+  EXPECT_EQ(std::this_thread::get_id(), thread_) << "destroyed on another thread";
+  --livingCount_;
+}
+
+Host::Host(std::vector<platform::URL> files, cloud::SessionConfiguration configuration)
+    : controller(cloud::SessionController::create({"host-1", std::move(files)},
+                                                  std::move(configuration))) {}
+
+void Host::share() {
+  controller->createSession(
+      [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& session) {
+        events.push_back("session");
+        sessions.push_back(session);
+        onSession();
+      },
+      [this, object = std::make_unique<HostObject>(livingObjectCount)](auto result) {
+        events.push_back(result ? "done" : result.error().description());
+        if (result) sessions.push_back(*result);
+        onEnd();
+      });
+}
+
+bool Host::waitForEnd() {
+  return waitUntil([this] { return livingObjectCount == 0; });
+}
+
+}  // namespace quillbay::test

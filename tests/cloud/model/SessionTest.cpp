@@ -1,0 +1,91 @@
+#include <QuillbayCloud/model/Item.h>
+#include <QuillbayCloud/model/Session.h>
+
+#include <nlohmann/json.hpp>
+
+#include "CloudTesting.h"
+
+namespace quillbay::test {
+namespace {
+
+using cloud::Item;
+using cloud::Session;
+using platform::JSONDatePolicy;
+using platform::JSONEncoder;
+
+constexpr const char* kFullSession =
+    R"({"id":"s","token":"t","url":"https://q.example/s?k=1","title":"T","expiration":60,)"
+    R"("items":[{"id":"b","is_uploaded":true,"fingerprint":"f1"},)"
+    R"({"id":"a","is_uploaded":false,"fingerprint":"f2"}]})";
+
+TEST(Session, ReadsItsItemsInTheServicesOrder) {
+  const auto session = decoded<Session>(kFullSession);
+  ASSERT_TRUE(session);
+  EXPECT_EQ(session->identifier(), "s");
+  EXPECT_EQ(session->token(), "t");
+  EXPECT_EQ(session->url().absoluteString(), "https://q.example/s?k=1");
+  EXPECT_EQ(session->title(), "T");
+  EXPECT_EQ(session->expirationDate(), platform::dateFromSecondsSince1970(60));
+  EXPECT_EQ(items(*session), (std::vector<Item>{{"b", true, "f1"}, {"a", false, "f2"}}));
+}
+
+TEST(Session, WritesWhatItHoldsInOrderAndNeverAPassword) {
+  const auto full = decoded<Session>(kFullSession);
+  const auto json = JSONEncoder(JSONDatePolicy::secondsSince1970).encode(*full);
+  ASSERT_TRUE(json);
+  const auto parsed = nlohmann::ordered_json::parse(*json);
+  EXPECT_EQ(parsed, nlohmann::ordered_json::parse(kFullSession));
+  EXPECT_EQ(items(*decoded<Session>(*json)), items(*full));
+
+  const auto bare = decoded<Session>(
+      R"({"password":"p","items":[],"url":"https://q.example","id":"s","token":5,"title":false})");
+  ASSERT_TRUE(bare);
+  EXPECT_FALSE(bare->password());
+  EXPECT_EQ(JSONEncoder().encode(*bare), R"({"id":"s","url":"https://q.example","items":[]})");
+}
+
+TEST(Session, ReadsAnExpirationThatIsNoIntegerAsAbsent) {
+  for (const char* expiration : {"1.5", "60.0", "6e1", "\"60\"", "null", "true", "[60]", "{}"}) {
+    const auto session = decoded<Session>(
+        std::string(R"({"id":"s","url":"https://q.example","items":[],"expiration":)") +
+        expiration + "}");
+    ASSERT_TRUE(session) << expiration;
+    EXPECT_FALSE(session->expirationDate()) << expiration;
+  }
+}
+
+// N uploaders each hold the session of N items.
+TEST(Session, CopiesShareTheirItems) {
+  const Session session = sessionWithItems(3);
+  const Session copy = session;
+  Session assigned = sessionWithItems(0);
+  assigned = copy;
+  EXPECT_EQ(&items(copy), &items(session));
+  EXPECT_EQ(&items(assigned), &items(session));
+  EXPECT_LE(sizeof(Session), 2 * sizeof(void*));
+}
+
+TEST(Session, StaysWholeWhenMovedFrom) {
+  Session session = sessionWithItems(1);
+  const Session taken = std::move(session);
+  EXPECT_EQ(session, taken);  // NOLINT(bugprone-use-after-move)
+}
+
+TEST(Session, FailsWholeAtTheFirstRequiredKeyThatDoesNotFit) {
+  const std::string start = R"({"id":"s","url":"https://q.example")";
+  const std::pair<std::string, const char*> rows[] = {
+      {R"({"url":"https://q.example","items":[]})", "missingKey id"},
+      {R"({"id":"s","url":"","items":[]})", "corruptValue url"},
+      {start + "}", "missingKey items"},
+      {start + R"(,"items":[{"id":"a","is_uploaded":0,"fingerprint":""}]})",
+       "wrongType items.0.is_uploaded"},
+      {start + R"(,"items":[{"id":"a","is_uploaded":true,"fingerprint":""},
+                            {"id":"b","is_uploaded":true}]})",
+       "missingKey items.1.fingerprint"},
+  };
+  for (const auto& [json, failure] : rows)
+    EXPECT_EQ(readingFailure<Session>(json), failure) << json;
+}
+
+}  // namespace
+}  // namespace quillbay::test
