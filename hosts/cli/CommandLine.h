@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QuillbayCloud/model/SessionLinkType.h>
+#include <QuillbayPlatform/Date.h>
+
+#include <expected>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "ExitStatus.h"
+
+namespace quillbay::cli {
+
+enum class OutputMode { plain, json, quiet, verbose };
+
+/// What both commands share.
+struct CommonOptions {
+  std::string instanceIdentifier;
+  OutputMode mode = OutputMode::plain;
+  /// Valid routes; from the command line, or else from QUILLBAY_CONNECT_TO.
+  std::vector<std::string> connectTo;
+  /// From the command line, or else from QUILLBAY_CACERT; empty: the system's authorities.
+  std::string caBundlePath;
+};
+
+struct ShareOptions {
+  CommonOptions common;
+  std::vector<std::string> files;
+  std::optional<std::string> title;
+  std::optional<platform::Date> expirationDate;
+  cloud::SessionLinkType linkType = cloud::SessionLinkType::page;
+  bool longLink = false;
+  /// At most one of these two; "-" is standard input.
+  std::optional<std::string> passwordFile;
+  bool askPassword = false;
+  bool keep = false;
+};
+
+struct DeleteOptions {
+  CommonOptions common;
+  std::string sessionIdentifier;
+  /// Exactly one of these two; "-" is standard input.
+  std::optional<std::string> token;
+  std::optional<std::string> tokenFile;
+};
+
+using Command = std::variant<ShareOptions, DeleteOptions>;
+
+/// Nothing is to be run: help or the version for standard output (success), or what is wrong with
+/// the command line for standard error (usage).
+struct CommandLineEnd {
+  ExitStatus status;
+  std::string text;
+};
+
+/// Looks up a variable of the environment; absent when it is not set.
+using Environment = std::function<std::optional<std::string>(const char* name)>;
+
+/// Reads the arguments after the program's name. Touches no file.
+std::expected<Command, CommandLineEnd> parseCommandLine(std::span<const std::string> arguments,
+                                                        const Environment& environment,
+                                                        platform::Date now);
+
+}  // namespace quillbay::cli

@@ -1,0 +1,71 @@
+#include "Console.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <utility>
+
+#include "StandardStreams.h"
+
+namespace quillbay::cli {
+namespace {
+
+constexpr std::size_t kUsualColumnCount = 80;
+constexpr std::string_view kEraseLine = "\r\x1b[K";
+
+}  // namespace
+
+bool Console::canShowStatus(int descriptor) {
+  if (::isatty(descriptor) == 0) return false;
+  const char* kind = std::getenv("TERM");
+  return kind != nullptr && *kind != '\0' && std::string_view(kind) != "dumb";
+}
+
+std::size_t Console::columnCount() const {
+  winsize size{};
+  const bool isKnown = ::ioctl(descriptor_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  // The last column stays free: a terminal that has filled it may have moved to the next line.
+  return (isKnown ? size.ws_col : kUsualColumnCount) - 1;
+}
+
+void Console::printError(std::string_view text) { printLine("quillbay: " + std::string(text)); }
+
+void Console::printNote(std::string_view text) {
+  if (showsStatus_) printLine(text);
+}
+
+void Console::printLine(std::string_view text) {
+  const std::lock_guard lock(mutex_);
+  const std::string status = std::exchange(status_, {});
+  write((status.empty() ? "" : std::string(kEraseLine)) + std::string(text) + "\n" + status);
+  status_ = status;
+}
+
+void Console::setStatus(std::string text) {
+  if (!showsStatus_ || !canWriteNow(descriptor_)) return;
+  const std::lock_guard lock(mutex_);
+  if (text == status_) return;
+  // In one write, and erasing behind the text: nothing flickers.
+  write("\r" + text + "\x1b[K");
+  status_ = std::move(text);
+}
+
+void Console::clearStatus() {
+  const std::lock_guard lock(mutex_);
+  if (!status_.empty()) write(kEraseLine);
+  status_.clear();
+}
+
+void Console::abandonStatus() {
+  // Another thread may hold the lock in a write that a stopped terminal does not let through.
+  const std::unique_lock lock(mutex_, std::try_to_lock);
+  if (lock && !status_.empty() && canWriteNow(descriptor_)) write("\n");
+}
+
+void Console::write(std::string_view bytes) const {
+  // Nobody is left to be told when standard error fails.
+  static_cast<void>(writeAll(descriptor_, bytes));
+}
+
+}  // namespace quillbay::cli

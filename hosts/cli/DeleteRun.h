@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QuillbayCloud/Classes/SessionController.h>
+
+#include <chrono>
+#include <expected>
+#include <optional>
+#include <string>
+
+#include "ExitStatus.h"
+
+namespace quillbay::cli {
+
+class Console;
+class ResultOutput;
+
+/// One deletion that the user asked for. Main thread only; it must live until the main queue runs
+/// no more.
+class DeleteRun {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// `output` and `console` outlive the run.
+  DeleteRun(std::string sessionIdentifier, std::string instanceIdentifier, std::string token,
+            ResultOutput& output, Console& console);
+  DeleteRun(const DeleteRun&) = delete;
+  DeleteRun& operator=(const DeleteRun&) = delete;
+
+  void start();
+  void cancel();
+  void tick(Clock::time_point now);
+  std::optional<ExitStatus> status() const { return status_; }
+
+ private:
+  void completed(const std::expected<void, cloud::QuillbayCloudError>& result);
+
+  const std::string sessionIdentifier_;
+  const std::string instanceIdentifier_;
+  const std::string token_;
+  ResultOutput& output_;
+  Console& console_;
+  Clock::time_point start_;
+  std::optional<ExitStatus> status_;
+};
+
+}  // namespace quillbay::cli

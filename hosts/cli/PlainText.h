@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillbay::cli {
+
+/// Texts as people read them on a terminal. Functions of their arguments; any thread.
+
+/// The number of code points; nothing if `text` is not UTF-8.
+std::optional<std::size_t> codePointCount(std::string_view text);
+
+/// `text` as one line that cannot drive a terminal: control characters and marks that reorder the
+/// line are left out, line breaks become spaces, what is no UTF-8 becomes U+FFFD, and a text of
+/// more than 500 characters is cut. For whatever came from a server.
+std::string plainLine(std::string_view text);
+
+/// `name` between single quotes, with everything `plainLine` would drop written as \xHH, so that
+/// the reader can tell which file is meant.
+std::string inQuotes(std::string_view name);
+
+/// "0 bytes", "999 bytes", "1.2 kB", "64 MB": decimal units, two significant figures below ten.
+std::string byteCountText(std::uint64_t byteCount);
+
+/// "0:07", "12:34", "1:02:03".
+std::string durationText(std::chrono::seconds duration);
+
+/// "1 file", "3 files".
+std::string fileCountText(std::size_t count);
+
+}  // namespace quillbay::cli

@@ -1,0 +1,110 @@
+#include "Program.h"
+
+#include <QuillbayPlatform/NetworkSettings.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "Console.h"
+#include "DeleteRun.h"
+#include "FileDescriptor.h"
+#include "FileList.h"
+#include "HostLogger.h"
+#include "Interruption.h"
+#include "PlainText.h"
+#include "ResultOutput.h"
+#include "RunJournal.h"
+#include "RunLoop.h"
+#include "ShareRun.h"
+#include "TerminalProgress.h"
+
+namespace quillbay::cli {
+namespace {
+
+// As in the share sheet.
+constexpr std::size_t kLeastPasswordCharacters = 4;
+
+/// The library's threads may write to it until the process ends.
+RunJournal& sharedJournal() {
+  static RunJournal journal;
+  return journal;
+}
+
+std::unique_ptr<ResultOutput> outputFor(OutputMode mode) {
+  return mode == OutputMode::json ? ResultOutput::json(STDOUT_FILENO)
+                                  : ResultOutput::plain(STDOUT_FILENO);
+}
+
+}  // namespace
+
+ExitStatus Program::run(const ShareOptions& options) {
+  const auto wantedPassword = password(options);
+  if (!wantedPassword) return refuse(wantedPassword.error());
+  if (!prepare(options.common)) return ExitStatus::usage;
+
+  FileList files(options.files);
+  const std::unique_ptr<ResultOutput> output = outputFor(options.common.mode);
+  TerminalProgress progress(console_, files, TerminalProgress::Clock::now());
+  ShareRun run(cloud::SessionContext(options.common.instanceIdentifier, files.urls()),
+               cloud::SessionConfiguration(options.title, options.expirationDate, options.linkType,
+                                           *wantedPassword, options.longLink),
+               options.keep, {files, sharedJournal(), *output, console_, progress});
+  return runUntilOver(run, interruption_);
+}
+
+ExitStatus Program::run(const DeleteOptions& options) {
+  auto sessionToken = token(options);
+  if (!sessionToken) return refuse(sessionToken.error());
+  if (!prepare(options.common)) return ExitStatus::usage;
+
+  const std::unique_ptr<ResultOutput> output = outputFor(options.common.mode);
+  DeleteRun run(options.sessionIdentifier, options.common.instanceIdentifier,
+                std::move(*sessionToken), *output, console_);
+  return runUntilOver(run, interruption_);
+}
+
+std::expected<std::optional<std::string>, SecretSource::Failure> Program::password(
+    const ShareOptions& options) const {
+  if (!options.askPassword && !options.passwordFile) return std::nullopt;
+  const SecretSource source(interruption_);
+  auto password = options.askPassword ? source.askPassword()
+                                      : source.readFile(*options.passwordFile, "password");
+  if (!password) return std::unexpected(std::move(password.error()));
+  if (codePointCount(*password).value_or(0) < kLeastPasswordCharacters) {
+    return std::unexpected(SecretSource::Failure{
+        ExitStatus::usage, "the password is too short: it needs at least 4 characters"});
+  }
+  return std::move(*password);
+}
+
+SecretSource::Result Program::token(const DeleteOptions& options) const {
+  if (options.token) return *options.token;
+  return SecretSource(interruption_).readFile(options.tokenFile.value_or("-"), "token");
+}
+
+bool Program::prepare(const CommonOptions& options) const {
+  const std::string& bundle = options.caBundlePath;
+  if (!bundle.empty()) {
+    const FileDescriptor file(::open(bundle.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen()) {
+      console_.printError("cannot read the certificates in " + inQuotes(bundle) + ": " +
+                          std::strerror(errno));
+      return false;
+    }
+  }
+  platform::NetworkSettings::set(
+      {.connectTo = options.connectTo, .caBundlePath = bundle, .proxy = {}});
+  HostLogger::install(sharedJournal(), options.mode == OutputMode::verbose ? &console_ : nullptr);
+  return true;
+}
+
+ExitStatus Program::refuse(const SecretSource::Failure& failure) const {
+  if (!failure.message.empty()) console_.printError(failure.message);
+  return failure.status;
+}
+
+}  // namespace quillbay::cli

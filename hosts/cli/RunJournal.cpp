@@ -1,0 +1,18 @@
+#include "RunJournal.h"
+
+namespace quillbay::cli {
+
+void RunJournal::note(std::string_view function, std::string_view message) {
+  if (function == "createSession(sessionCreation:completion:)") {
+    const bool isHashing = message == "Creating fingerprints...";
+    step_ = isHashing ? Step::fingerprinting : Step::creatingSession;
+  } else if (function == "requestUploadUrl()") {
+    step_ = Step::sending;
+  } else if (function == "finalizeUpload(etag:)") {
+    const bool isFinished = message == "Finished upload finalization";
+    step_ = isFinished ? Step::requestingAddress : Step::finalizing;
+    if (isFinished) ++filesDone_;
+  }
+}
+
+}  // namespace quillbay::cli

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <string_view>
+
+namespace quillbay::cli {
+
+/// What a run is doing, gathered from the library's log: its only account of the single steps. It
+/// tells which file is meant when a run fails, and how many have arrived. Any thread.
+class RunJournal {
+ public:
+  enum class Step {
+    fingerprinting,
+    creatingSession,
+    requestingAddress,
+    sending,
+    finalizing,
+  };
+
+  /// Takes a debug message of the library: the operation's name and the text.
+  void note(std::string_view function, std::string_view message);
+  /// The session exists, which the library does not log.
+  void noteSession() { step_ = Step::requestingAddress; }
+
+  Step step() const { return step_; }
+  /// Files that the service has confirmed.
+  std::size_t filesDone() const { return filesDone_; }
+
+ private:
+  std::atomic<Step> step_ = Step::fingerprinting;
+  std::atomic<std::size_t> filesDone_ = 0;
+};
+
+}  // namespace quillbay::cli

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <QuillbayCloud/Classes/SessionController.h>
+
+#include <chrono>
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ExitStatus.h"
+#include "FailureReport.h"
+
+namespace quillbay::cli {
+
+class Console;
+class FileList;
+class ResultOutput;
+class RunJournal;
+class TerminalProgress;
+
+/// One share from its first fingerprint to the exit status: what is printed when, and what becomes
+/// of the session if the run is cancelled or fails. Main thread only; it must live until the main
+/// queue runs no more.
+class ShareRun {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// What the run works with. All of it outlives the run.
+  struct Surroundings {
+    FileList& files;
+    RunJournal& journal;
+    ResultOutput& output;
+    Console& console;
+    TerminalProgress& progress;
+  };
+
+  /// `keep`: the session stays when the run is cancelled or fails.
+  ShareRun(cloud::SessionContext context, cloud::SessionConfiguration configuration, bool keep,
+           Surroundings surroundings);
+  ShareRun(const ShareRun&) = delete;
+  ShareRun& operator=(const ShareRun&) = delete;
+
+  /// Starts the run; everything else happens on the main queue.
+  void start();
+  /// Ctrl-C: ends the run within two seconds.
+  void cancel();
+  /// Shows progress and watches the time. Call it regularly, at most ten times a second.
+  void tick(Clock::time_point now);
+
+  /// Present when the run is over.
+  std::optional<ExitStatus> status() const { return isOver_ ? status_ : std::nullopt; }
+
+ private:
+  void sessionCreated(const cloud::Session& session);
+  void completed(const std::expected<cloud::Session, cloud::QuillbayCloudError>& result);
+  void fail(const FailureReport& report);
+  /// Ends the run if standard output has failed; returns whether it has.
+  bool stopIfOutputFailed();
+  /// Standard output failed when the upload was over: the run fails, the session stays.
+  void loseOutput();
+  void printOutputError();
+
+  /// Deletes the session, if there is one and it is not to be kept, and then ends the run.
+  void cleanUp(std::chrono::milliseconds bound);
+  void deletionCompleted(const std::expected<void, cloud::QuillbayCloudError>& result);
+  /// Tells what has become of the session.
+  void printOutcome(const std::string& text);
+  void deadlinePassed();
+  void end();
+
+  const std::shared_ptr<cloud::SessionController> controller_;
+  const bool keep_;
+  FileList& files_;
+  RunJournal& journal_;
+  ResultOutput& output_;
+  Console& console_;
+  TerminalProgress& progress_;
+
+  std::optional<cloud::Session> session_;
+  std::optional<ExitStatus> status_;
+  bool isCancelled_ = false;
+  bool isDeleting_ = false;
+  bool isOver_ = false;
+  std::optional<Clock::time_point> deadline_;
+};
+
+}  // namespace quillbay::cli

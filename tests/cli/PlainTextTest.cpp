@@ -1,0 +1,46 @@
+#include "hosts/cli/PlainText.h"
+
+#include <gtest/gtest.h>
+
+namespace quillbay::cli {
+namespace {
+
+TEST(PlainText, textsOfServersCannotDriveATerminal) {
+  EXPECT_EQ(plainLine("\x1b]0;owned\x07red\x1b[31m"), "]0;ownedred[31m");
+  EXPECT_EQ(plainLine("c1\xc2\x9b"
+                      "2J"),
+            "c12J");
+  EXPECT_EQ(plainLine("a\r\n\tb\n"), "a b");
+  EXPECT_EQ(plainLine("gpj.\xe2\x80\xae"
+                      "exe"),
+            "gpj.exe");
+  EXPECT_EQ(plainLine("bad\xff\xc3"), "bad\uFFFD\uFFFD");
+  EXPECT_EQ(plainLine("Größe 👍"), "Größe 👍");
+  EXPECT_EQ(plainLine(std::string(600, 'x')).size(), 503U);
+}
+
+TEST(PlainText, namesShowEveryByteThatTellsThemApart) {
+  EXPECT_EQ(inQuotes("a b\n\x1b\xff"), "'a b\\x0a\\x1b\\xff'");
+  EXPECT_EQ(inQuotes("Größe"), "'Größe'");
+}
+
+TEST(PlainText, onlyUTF8HasCodePoints) {
+  EXPECT_EQ(codePointCount("aé👍"), 3U);
+  for (const char* text : {"\xff", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80"}) {
+    EXPECT_EQ(codePointCount(text), std::nullopt);
+  }
+}
+
+TEST(PlainText, sizesAndTimesReadWell) {
+  EXPECT_EQ(byteCountText(1), "1 byte");
+  EXPECT_EQ(byteCountText(999), "999 bytes");
+  EXPECT_EQ(byteCountText(1234), "1.2 kB");
+  EXPECT_EQ(byteCountText(9'960), "10 kB");
+  EXPECT_EQ(byteCountText(999'950), "1.0 MB");
+  EXPECT_EQ(byteCountText(64'000'000), "64 MB");
+  EXPECT_EQ(durationText(std::chrono::seconds(7)), "0:07");
+  EXPECT_EQ(durationText(std::chrono::seconds(3723)), "1:02:03");
+}
+
+}  // namespace
+}  // namespace quillbay::cli

@@ -1,0 +1,75 @@
+#include "hosts/cli/TerminalProgress.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quillbay::cli {
+namespace {
+
+using std::chrono::seconds;
+
+const UploadLine kLine{.fraction = 0.4299,
+                       .filesDone = 3,
+                       .fileCount = 7,
+                       .elapsed = seconds(12),
+                       .remaining = seconds(17)};
+
+TEST(UploadLine, givesUpItsPiecesOneByOneAsTheTerminalNarrows) {
+  const std::vector<std::pair<std::size_t, std::string>> rows = {
+      {79, " 42 %  [#############..................]  3 of 7 files  0:12 elapsed  0:17 left"},
+      {56, " 42 %  [#########.............]  3 of 7 files  0:17 left"},
+      {33, " 42 %  [####......]  3 of 7 files"},
+      {20, " 42 %  [####.......]"},
+      {10, " 42 %"},
+      {3, ""},
+  };
+  for (const auto& [columnCount, text] : rows) {
+    EXPECT_EQ(kLine.text({.columnCount = columnCount}), text);
+  }
+}
+
+TEST(UploadLine, isColouredOnlyWhereColoursAreWanted) {
+  EXPECT_EQ(kLine.text({}).find('\x1b'), std::string::npos);
+  EXPECT_NE(kLine.text({.colours = true}).find("\x1b[32m"), std::string::npos);
+}
+
+TransferEstimate::Clock::time_point at(double secondCount) {
+  return TransferEstimate::Clock::time_point(
+      std::chrono::duration_cast<TransferEstimate::Clock::duration>(
+          std::chrono::duration<double>(secondCount)));
+}
+
+TEST(TransferEstimate, aSmallFileIsASmallPartOfTheWork) {
+  // The last of the list goes first.
+  TransferEstimate estimate({1'000'000'000, 1000}, at(0));
+  estimate.update(0.5, at(1));
+  EXPECT_LT(estimate.fraction(), 0.01);
+  estimate.update(0.75, at(2));
+  EXPECT_NEAR(estimate.fraction(), 0.5, 0.01);
+  estimate.update(1, at(3));
+  EXPECT_DOUBLE_EQ(estimate.fraction(), 1);
+}
+
+TEST(TransferEstimate, theRemainingTimeFollowsTheSpeedOfTheLastSeconds) {
+  TransferEstimate estimate({100'000'000}, at(0));
+  EXPECT_EQ(estimate.remaining(), std::nullopt);
+  for (int step = 1; step <= 100; ++step) estimate.update(step * 0.001, at(step * 0.1));
+  EXPECT_NEAR(static_cast<double>(estimate.remaining()->count()), 90, 2);
+  for (int step = 1; step <= 300; ++step) estimate.update(0.1, at(10 + step * 0.1));
+  EXPECT_GT(estimate.remaining()->count(), 900);
+}
+
+TEST(TransferEstimate, emptyFilesAndFractionsOutOfRangeDoNoHarm) {
+  TransferEstimate estimate({0, 0}, at(0));
+  estimate.update(-1, at(0));
+  EXPECT_EQ(estimate.fraction(), 0);
+  estimate.update(2, at(1));
+  EXPECT_EQ(estimate.fraction(), 1);
+  estimate.update(0.5, at(2));
+  EXPECT_EQ(estimate.fraction(), 1);
+}
+
+}  // namespace
+}  // namespace quillbay::cli
