@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
-#include <cstring>
 
 namespace quillbay::platform {
 namespace {
@@ -58,9 +57,10 @@ bool isHexadecimal(char character) {
 /// Whether each backslash begins an escape of RFC 8259. Control characters and the closing quote
 /// are the parser's matter.
 bool areEscapesValid(std::string_view content) {
+  constexpr std::string_view kEscapes = "\"\\/bfnrtu";
   for (std::size_t i = content.find('\\'); i != std::string_view::npos; i = content.find('\\', i)) {
     const std::string_view escape = content.substr(i + 1);
-    if (escape.empty() || !std::strchr("\"\\/bfnrtu", escape.front())) return false;
+    if (escape.empty() || !kEscapes.contains(escape.front())) return false;
     i += 2;
     if (escape.front() != 'u') continue;
     if (escape.size() < 5 || !std::ranges::all_of(escape.substr(1, 4), isHexadecimal)) return false;
@@ -215,7 +215,7 @@ bool JSONReader::Document::walkValue(ondemand::value value, const char* key, int
   const std::string_view rest = value.raw_json_token();
   const auto offset = static_cast<std::size_t>(rest.data() - buffer_.data());
   if (offset >= text().size() || !isKeyValid(key, offset)) return false;
-  const auto keyOffset = static_cast<std::uint32_t>(key ? key - buffer_.data() : 0);
+  const auto keyOffset = static_cast<std::uint32_t>(key != nullptr ? key - buffer_.data() : 0);
   const std::string_view token = withoutTrailingWhitespace(text().substr(offset, rest.size()));
   values_.push_back(
       {keyOffset, static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(token.size())});
@@ -261,7 +261,7 @@ bool JSONReader::Document::walkArray(ondemand::array array, int depth) {
 }
 
 bool JSONReader::Document::isKeyValid(const char* key, std::size_t valueOffset) const {
-  if (!key) return true;
+  if (key == nullptr) return true;
   // Between a key's closing quote and its value stand a colon and blanks alone.
   const std::string_view beforeValue(key, buffer_.data() + valueOffset);
   return areEscapesValid(beforeValue.substr(0, beforeValue.rfind('"')));
@@ -368,7 +368,7 @@ ErrorPtr JSONReader::error(JSONError::Kind kind, std::string_view key) const {
 
 /// Built for an error only: reading a record that is in order makes no path.
 std::string JSONReader::keyPath() const {
-  if (!parent_) return {};
+  if (parent_ == nullptr) return {};
   std::string path = parent_->keyPath();
   if (!path.empty()) path += '.';
   path += parent_->foundKey_;

@@ -29,7 +29,7 @@ struct JSONWriter::Target {
   /// The first failure is kept, at the root.
   void fail(std::string_view key) {
     Target* target = this;
-    while (target->parent) target = target->parent;
+    while (target->parent != nullptr) target = target->parent;
     if (target->failure) return;
     target->failure = std::make_shared<JSONError>(JSONError::Kind::unwritable, keyPathOf(key));
   }

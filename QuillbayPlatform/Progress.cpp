@@ -43,7 +43,7 @@ void Progress::addChild(const std::shared_ptr<Progress>& child, std::int64_t pen
 
 double Progress::fractionCompleted() const {
   if (totalUnitCount_ <= 0) return 0;
-  double completed = static_cast<double>(completedUnitCount_);
+  auto completed = static_cast<double>(completedUnitCount_);
   for (const Child& child : children_) {
     completed += static_cast<double>(child.pendingUnitCount) * child.progress->fractionCompleted();
   }

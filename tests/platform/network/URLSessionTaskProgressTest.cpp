@@ -81,11 +81,20 @@ TEST_F(URLSessionTaskProgressTest, IsDoneAtTheEndWhateverTheBodysLength) {
 
 TEST_F(URLSessionTaskProgressTest, DoesNotFallWhenTheBodyIsSentAgain) {
   const TemporaryFolder folder;
-  constexpr std::uint64_t byteCount = 16 * mebibyte;
+  constexpr std::uint64_t byteCount = 32 * mebibyte;
   const auto file = folder.writeSparse("file", byteCount);
   ScriptedServer server;
-  server.onRequest([](const Request& got) {
-    return got.target() == "/from" ? Reply::redirect(307, "/to") : Reply::empty(200);
+  server.onConnection([](Connection& connection) {
+    // Pauses after which the next byte is due for an update.
+    constexpr std::chrono::milliseconds pause(150);
+    while (const auto head = connection.readHead()) {
+      connection.send("HTTP/1.1 100 Continue\r\n\r\n");
+      connection.readBody(byteCount / 2);
+      connection.pause(pause);
+      connection.readBody();
+      connection.pause(pause);
+      connection.send(head->target() == "/from" ? Reply::redirect(307, "/to") : Reply::empty(200));
+    }
   });
   auto running = RunningTask::upload(storeRequest(server.address("/from"), byteCount), file);
   const History history(running.progress());
