@@ -21,7 +21,7 @@ int main(int argumentCount, char** arguments) {
                                                            cloud::SessionConfiguration::default_());
   controller->createSession(
       [](const cloud::Session& session) {
-        std::cout << session.url().absoluteString() << std::endl;
+        std::cout << session.url().absoluteString() << '\n' << std::flush;
       },
       [&](std::expected<cloud::Session, cloud::QuillbayCloudError> result) {
         if (result) status = EXIT_SUCCESS;

@@ -14,19 +14,22 @@ using platform::DispatchQueue;
 using platform::URL;
 
 // Larger reads gain nothing; smaller ones cost system calls.
-constexpr std::size_t kChunkByteCount = 128 * 1024;
+constexpr std::size_t kChunkByteCount = std::size_t{128} * 1024;
 
-std::optional<std::string> fingerprint(const URL& fileURL, std::span<std::byte> buffer) {
+std::optional<std::string> fingerprint(const URL& fileURL, platform::SHA256& hash,
+                                       std::span<std::byte> buffer) {
   auto file = platform::FileHandle::openForReading(fileURL);
   if (!file) return std::nullopt;
   file->adviseSequential();
-  platform::SHA256 hash;
-  while (true) {
-    const auto byteCount = file->read(buffer);
-    if (!byteCount) return std::nullopt;
-    if (*byteCount == 0) return platform::lowercaseHexadecimal(hash.finalize());
+  auto byteCount = file->read(buffer);
+  while (byteCount && *byteCount > 0) {
     hash.update(buffer.first(*byteCount));
+    byteCount = file->read(buffer);
   }
+  // Also after a failure, so that the hash starts anew with the next file.
+  const auto digest = hash.finalize();
+  if (!byteCount) return std::nullopt;
+  return platform::lowercaseHexadecimal(digest);
 }
 
 }  // namespace
@@ -53,10 +56,11 @@ void FileFingerprint::calculate(Completion completion) {
 std::expected<FileFingerprint::Fingerprints, FileFingerprint::FileHasherError>
 FileFingerprint::fingerprints() const {
   std::vector<std::byte> buffer(kChunkByteCount);
+  platform::SHA256 hash;
   Fingerprints fingerprints;
   for (const URL& fileURL : files_) {
     if (isCancelled()) continue;
-    if (auto text = fingerprint(fileURL, buffer)) {
+    if (auto text = fingerprint(fileURL, hash, buffer)) {
       fingerprints.insert_or_assign(fileURL, std::move(*text));
     } else {
       fingerprints.erase(fileURL);

@@ -62,19 +62,20 @@ void SessionItemUploadQueue::uploadNextItem() {
   }
   const auto uploader = std::move(queue_.back());
   queue_.pop_back();
-  uploader->upload(progress_, [weakSelf = weak_from_this()](SessionItemUploader::Result result) {
-    const auto self = weakSelf.lock();
-    if (!self) return;
-    if (!result) return self->finish(std::move(result.error()));
-    self->uploadNextItem();
-  });
+  uploader->upload(progress_,
+                   [weakSelf = weak_from_this()](const SessionItemUploader::Result& result) {
+                     const auto self = weakSelf.lock();
+                     if (!self) return;
+                     if (!result) return self->finish(result.error());
+                     self->uploadNextItem();
+                   });
   currentUploader_ = uploader;
 }
 
 void SessionItemUploadQueue::finish() { report({}); }
 
-void SessionItemUploadQueue::finish(QuillbayCloudError error) {
-  report(std::unexpected(std::move(error)));
+void SessionItemUploadQueue::finish(const QuillbayCloudError& error) {
+  report(std::unexpected(error));
 }
 
 void SessionItemUploadQueue::report(Result result) {

@@ -43,12 +43,12 @@ class SessionItemUploadQueue : public std::enable_shared_from_this<SessionItemUp
 
  private:
   SessionItemUploadQueue(const std::shared_ptr<const Webservice>& webservice,
-                         const Session& session, const std::vector<platform::URL>& items,
+                         const Session& session, const std::vector<platform::URL>& files,
                          bool isInline);
 
   void uploadNextItem();
   void finish();
-  void finish(QuillbayCloudError error);
+  void finish(const QuillbayCloudError& error);
   void report(Result result);
 
   const Session session_;

@@ -22,16 +22,17 @@ constexpr std::string_view kFinalizeUpload = "finalizeUpload(etag:)";
 }  // namespace
 
 std::shared_ptr<SessionItemUploader> SessionItemUploader::create(
-    std::shared_ptr<const Webservice> webservice, Session session, Item item, URL filePath,
+    std::shared_ptr<const Webservice> webservice, const Session& session, Item item, URL filePath,
     bool isInline) {
   return std::shared_ptr<SessionItemUploader>(new SessionItemUploader(
-      std::move(webservice), std::move(session), std::move(item), std::move(filePath), isInline));
+      std::move(webservice), session, std::move(item), std::move(filePath), isInline));
 }
 
 SessionItemUploader::SessionItemUploader(std::shared_ptr<const Webservice> webservice,
-                                         Session session, Item item, URL filePath, bool isInline)
+                                         const Session& session, Item item, URL filePath,
+                                         bool isInline)
     : webservice_(std::move(webservice)),
-      session_(std::move(session)),
+      session_(session),
       item_(std::move(item)),
       filePath_(std::move(filePath)),
       isInline_(isInline) {}
@@ -55,7 +56,7 @@ void SessionItemUploader::requestUploadUrl() {
           if (const auto self = weakSelf.lock()) {
             // Unlike everywhere else the service's error is wrapped as it is.
             self->fail(QuillbayCloudError::underlying(
-                std::make_shared<const Webservice::Error>(std::move(result.error()))));
+                std::make_shared<const Webservice::Error>(result.error())));
           }
           return;
         }
@@ -89,11 +90,11 @@ void SessionItemUploader::uploadItem(const URL& url) {
   uploadTask_ = task;
 }
 
-void SessionItemUploader::uploadEnded(std::expected<std::string, QuillbayCloudError> etag) {
+void SessionItemUploader::uploadEnded(const std::expected<std::string, QuillbayCloudError>& etag) {
   if (!etag) {
     Log::error(kUploadItem,
                [&] { return "Failed uploading with error " + etag.error().description(); });
-    return fail(std::move(etag.error()));
+    return fail(etag.error());
   }
   Log::debug(kUploadItem, [&] { return "Successfully uploaded item with etag: " + *etag; });
   finalizeUpload(*etag);
@@ -101,7 +102,7 @@ void SessionItemUploader::uploadEnded(std::expected<std::string, QuillbayCloudEr
 
 std::expected<std::string, QuillbayCloudError> SessionItemUploader::uploadResult(
     std::optional<std::string> data, const std::optional<HTTPURLResponse>& response,
-    const ErrorPtr& error, const URL&) {
+    const ErrorPtr& error, const URL& /*url*/) {
   if (!response) {
     Log::error(kUploadResult, [] { return "Unexpected response"; });
     return std::unexpected(QuillbayCloudError::invalidResponse());
@@ -136,20 +137,18 @@ void SessionItemUploader::finalizeUpload(const std::string& etag) {
             return "Failed to finalize upload with error " + result.error().description();
           });
           if (const auto self = weakSelf.lock()) {
-            self->fail(QuillbayCloudError::from(std::move(result.error())));
+            self->fail(QuillbayCloudError::from(result.error()));
           }
           return;
         }
         Log::debug(kFinalizeUpload, [] { return "Finished upload finalization"; });
-        if (const auto self = weakSelf.lock()) self->succeed(std::move(*result));
+        if (const auto self = weakSelf.lock()) self->succeed(*result);
       });
 }
 
-void SessionItemUploader::fail(QuillbayCloudError error) {
-  report(std::unexpected(std::move(error)));
-}
+void SessionItemUploader::fail(const QuillbayCloudError& error) { report(std::unexpected(error)); }
 
-void SessionItemUploader::succeed(Session session) { report(std::move(session)); }
+void SessionItemUploader::succeed(const Session& session) { report(session); }
 
 void SessionItemUploader::report(Result result) {
   platform::DispatchQueue::main().async(

@@ -29,7 +29,7 @@ class SessionItemUploader : public std::enable_shared_from_this<SessionItemUploa
 
   /// `filePath`: the local file. `isInline`: whether the store is to serve it for showing.
   static std::shared_ptr<SessionItemUploader> create(std::shared_ptr<const Webservice> webservice,
-                                                     Session session, Item item,
+                                                     const Session& session, Item item,
                                                      platform::URL filePath, bool isInline);
 
   /// Starts and returns at once. `progress`, which may be null, gets the transfer's progress as a
@@ -44,16 +44,16 @@ class SessionItemUploader : public std::enable_shared_from_this<SessionItemUploa
       const platform::ErrorPtr& error, const platform::URL& url);
 
  private:
-  SessionItemUploader(std::shared_ptr<const Webservice> webservice, Session session, Item item,
-                      platform::URL filePath, bool isInline);
+  SessionItemUploader(std::shared_ptr<const Webservice> webservice, const Session& session,
+                      Item item, platform::URL filePath, bool isInline);
 
   void requestUploadUrl();
   void uploadItem(const platform::URL& url);
   // On the upload session's queue; reads constants only.
-  void uploadEnded(std::expected<std::string, QuillbayCloudError> etag);
+  void uploadEnded(const std::expected<std::string, QuillbayCloudError>& etag);
   void finalizeUpload(const std::string& etag);
-  void fail(QuillbayCloudError error);
-  void succeed(Session session);
+  void fail(const QuillbayCloudError& error);
+  void succeed(const Session& session);
   void report(Result result);
   std::string token() const { return session_.token().value_or(""); }
 

@@ -75,8 +75,8 @@ class QuillbayCloudError final : public platform::Error {
 
   /// The same for an error held by value.
   template <std::derived_from<platform::Error> E>
-  static QuillbayCloudError from(E error) {
-    return from(platform::ErrorPtr(std::make_shared<const E>(std::move(error))));
+  static QuillbayCloudError from(const E& error) {
+    return from(platform::ErrorPtr(std::make_shared<const E>(error)));
   }
 
   /// For `std::visit` over all cases.

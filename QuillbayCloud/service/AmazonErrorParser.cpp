@@ -19,7 +19,7 @@ std::optional<AmazonError> AmazonErrorParser::parse() {
 
 void AmazonErrorParser::didStartElement(std::string_view name) { currentElement_ = name; }
 
-void AmazonErrorParser::didEndElement(std::string_view) { currentElement_.reset(); }
+void AmazonErrorParser::didEndElement(std::string_view /*name*/) { currentElement_.reset(); }
 
 void AmazonErrorParser::foundCharacters(std::string_view text) {
   if (currentElement_ == "Code") parsedResponseErrorType_ = text;

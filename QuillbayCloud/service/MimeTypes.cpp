@@ -127,7 +127,7 @@ std::string lowercased(std::string_view text) {
 std::string_view pathExtension(std::string_view path) {
   const auto name = path.substr(path.rfind('/') + 1);
   const auto fullStop = name.rfind('.');
-  return fullStop == name.npos ? std::string_view() : name.substr(fullStop + 1);
+  return fullStop == std::string_view::npos ? std::string_view() : name.substr(fullStop + 1);
 }
 
 }  // namespace

@@ -29,10 +29,10 @@ constexpr int kUploadTimeoutSeconds = 30;
 std::string expirationText(platform::Date date) {
   const double seconds = platform::secondsSince1970(date);
   char buffer[std::numeric_limits<double>::max_exponent10 + 32];
-  const auto end =
+  char* const end =
       std::to_chars(std::begin(buffer), std::end(buffer), seconds, std::chars_format::fixed).ptr;
   std::string text(buffer, end);
-  if (std::isfinite(seconds) && text.find('.') == text.npos) text += ".0";
+  if (std::isfinite(seconds) && text.find('.') == std::string::npos) text += ".0";
   return text;
 }
 
@@ -156,6 +156,7 @@ URLRequest RequestFactory::uploadUrlRequest(std::string_view sessionIdentifier,
   return request;
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): an operation of the factory
 RequestFactory::Result RequestFactory::uploadRequest(
     const URL& url, const URL& fileURL, ContentDispositionType contentDispositionType) const {
   auto length = contentLength(fileURL);

@@ -31,6 +31,7 @@ std::shared_ptr<const Webservice> Webservice::create(
 Webservice::Webservice(std::shared_ptr<const RequestFactory> requestFactory)
     : requestFactory_(std::move(requestFactory)) {}
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): an operation of the client
 std::shared_ptr<platform::Progress> Webservice::perform(platform::URLRequest request,
                                                         RawCompletion completion) const {
   const auto task = platform::URLSession::shared().dataTask(

@@ -45,12 +45,16 @@ void Engine::start(std::unique_ptr<Transfer> transfer) {
     (void)transfer.release();
     return;
   }
-  {
-    const std::lock_guard lock(mutex_);
-    if (!stopping_) incoming_.push_back(std::move(transfer));
-  }
-  if (transfer) return transfer->cancel();
+  if (!enqueue(transfer)) return transfer->cancel();
   curl_multi_wakeup(multi_.get());
+}
+
+/// Leaves the transfer with the caller when the engine has stopped.
+bool Engine::enqueue(std::unique_ptr<Transfer>& transfer) {
+  const std::lock_guard lock(mutex_);
+  if (stopping_) return false;
+  incoming_.push_back(std::move(transfer));
+  return true;
 }
 
 void Engine::stop() {

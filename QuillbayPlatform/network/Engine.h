@@ -33,6 +33,7 @@ class Engine {
   void stop();
 
  private:
+  bool enqueue(std::unique_ptr<Transfer>& transfer);
   void run();
   bool takeIncoming();
   bool handleMessages();

@@ -31,11 +31,11 @@ class JSONOutput final : public ResultOutput {
   void sessionCreated(const cloud::Session& session) override {
     Object event = eventNamed("session");
     event["id"] = session.identifier();
-    if (session.token()) event["token"] = *session.token();
+    if (const auto& token = session.token()) event["token"] = *token;
     event["url"] = session.url().absoluteString();
-    if (session.title()) event["title"] = *session.title();
-    if (session.expirationDate()) {
-      if (const auto expires = rfc3339Text(*session.expirationDate())) event["expires"] = *expires;
+    if (const auto& title = session.title()) event["title"] = *title;
+    if (const auto expires = session.expirationDate().and_then(rfc3339Text)) {
+      event["expires"] = *expires;
     }
     write(event);
   }

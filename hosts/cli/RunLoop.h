@@ -18,11 +18,11 @@ template <class Run>
 ExitStatus runUntilOver(Run& run, Interruption& interruption) {
   interruption.setHandler([&run] { run.cancel(); });
   run.start();
-  while (!run.status()) {
+  while (true) {
     platform::runMainQueue([&run] { return run.status().has_value(); }, kTickInterval);
+    if (const auto status = run.status()) return *status;
     run.tick(std::chrono::steady_clock::now());
   }
-  return *run.status();
 }
 
 }  // namespace quillbay::cli

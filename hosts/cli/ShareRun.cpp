@@ -170,7 +170,7 @@ void ShareRun::printOutcome(const std::string& text) {
 
 void ShareRun::deadlinePassed() {
   console_.clearStatus();
-  if (isDeleting_) {
+  if (isDeleting_ && session_) {
     console_.printError(
         "the service has not confirmed that the session is deleted; its link may "
         "still work: " +

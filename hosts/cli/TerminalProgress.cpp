@@ -52,7 +52,7 @@ LineStyle LineStyle::ofEnvironment() {
     if (const std::string_view value = environment(name); !value.empty()) locale = value;
   }
   std::erase(locale, '-');
-  std::transform(locale.begin(), locale.end(), locale.begin(), [](char character) {
+  std::ranges::transform(locale, locale.begin(), [](char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
   });
   return {.colours = environment("NO_COLOR").empty(),

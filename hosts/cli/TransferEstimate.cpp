@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
 namespace quillbay::cli {
 namespace {
@@ -19,8 +20,8 @@ constexpr double kLongestEstimateSeconds = 4 * 24 * 3600;
 TransferEstimate::TransferEstimate(const std::vector<std::uint64_t>& byteCounts,
                                    Clock::time_point start)
     : workOfLast_{0}, start_(start), updated_(start) {
-  for (auto byteCount = byteCounts.rbegin(); byteCount != byteCounts.rend(); ++byteCount) {
-    workOfLast_.push_back(workOfLast_.back() + kWorkPerFile + static_cast<double>(*byteCount));
+  for (const std::uint64_t byteCount : byteCounts | std::views::reverse) {
+    workOfLast_.push_back(workOfLast_.back() + kWorkPerFile + static_cast<double>(byteCount));
   }
 }
 
@@ -48,11 +49,11 @@ std::optional<std::chrono::seconds> TransferEstimate::remaining() const {
 }
 
 double TransferEstimate::workAt(double fraction) const {
-  const double fileCount = static_cast<double>(workOfLast_.size() - 1);
+  const auto fileCount = static_cast<double>(workOfLast_.size() - 1);
   const double position = std::clamp(fraction, 0.0, 1.0) * fileCount;
   const double whole = std::min(std::floor(position), fileCount - 1);
   const auto done = static_cast<std::size_t>(whole);
-  return workOfLast_[done] + (position - whole) * (workOfLast_[done + 1] - workOfLast_[done]);
+  return std::lerp(workOfLast_[done], workOfLast_[done + 1], position - whole);
 }
 
 }  // namespace quillbay::cli

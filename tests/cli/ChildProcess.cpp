@@ -94,6 +94,7 @@ class SpawnSettings {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
+  result.reserve(texts.size() + 1);
   for (std::string& text : texts) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
@@ -105,7 +106,7 @@ std::vector<std::string> commandLine(const ChildProcess::Setup& setup) {
   if (!setup.ignoredSignals.empty()) {
     std::string numbers;
     for (const int signal : setup.ignoredSignals) numbers += " " + std::to_string(signal);
-    words = {"/bin/sh", "-c", "trap ''" + numbers + "; exec \"$0\" \"$@\"", QUILLBAY_PROGRAM};
+    words = {"/bin/sh", "-c", "trap ''" + numbers + R"(; exec "$0" "$@")", QUILLBAY_PROGRAM};
   }
   words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
   return words;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -84,6 +85,8 @@ struct Refusal {
   /// Part of what the person reads.
   const char* message;
   Variables variables = {};
+
+  friend void PrintTo(const Refusal& row, std::ostream* out) { *out << row.name; }
 };
 
 class RefusedCommandLine : public testing::TestWithParam<Refusal> {};

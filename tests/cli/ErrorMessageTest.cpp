@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct Row {
   Step step;
   /// Of the first line.
   const char* line;
+
+  friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 };
 
 class ShareFailure : public testing::TestWithParam<Row> {};

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 namespace quillbay::cli {
@@ -15,6 +16,8 @@ struct Accepted {
   const char* text;
   /// In UTC, whole seconds; "never" for none.
   const char* date;
+
+  friend void PrintTo(const Accepted& row, std::ostream* out) { *out << row.name; }
 };
 
 class AcceptedExpiration : public testing::TestWithParam<Accepted> {};
@@ -56,6 +59,8 @@ struct Refused {
   const char* name;
   const char* text;
   const char* message;
+
+  friend void PrintTo(const Refused& row, std::ostream* out) { *out << row.name; }
 };
 
 class RefusedExpiration : public testing::TestWithParam<Refused> {};

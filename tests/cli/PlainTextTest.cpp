@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace quillbay::cli {
 namespace {
 
@@ -11,9 +13,8 @@ TEST(PlainText, textsOfServersCannotDriveATerminal) {
                       "2J"),
             "c12J");
   EXPECT_EQ(plainLine("a\r\n\tb\n"), "a b");
-  EXPECT_EQ(plainLine("gpj.\xe2\x80\xae"
-                      "exe"),
-            "gpj.exe");
+  const std::string rightToLeft = {'\xe2', '\x80', '\xae'};
+  EXPECT_EQ(plainLine("gpj." + rightToLeft + "exe"), "gpj.exe");
   EXPECT_EQ(plainLine("bad\xff\xc3"), "bad\uFFFD\uFFFD");
   EXPECT_EQ(plainLine("Größe 👍"), "Größe 👍");
   EXPECT_EQ(plainLine(std::string(600, 'x')).size(), 503U);

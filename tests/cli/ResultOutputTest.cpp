@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "hosts/cli/FileDescriptor.h"
@@ -51,6 +52,8 @@ struct Line {
   const char* name;
   Use use;
   const char* text;
+
+  friend void PrintTo(const Line& row, std::ostream* out) { *out << row.name; }
 };
 
 class JSONEvent : public testing::TestWithParam<Line> {};

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "ProgramTest.h"
@@ -129,6 +130,8 @@ TEST_F(Share, filesThatCannotBeReadAreNamedAndNothingIsSent) {
 struct BrokenOutput {
   const char* name;
   ChildProcess::Stream stream;
+
+  friend void PrintTo(const BrokenOutput& row, std::ostream* out) { *out << row.name; }
 };
 
 class ShareWithout : public ProgramTest, public testing::WithParamInterface<BrokenOutput> {};

@@ -57,7 +57,7 @@ TEST(TransferEstimate, theRemainingTimeFollowsTheSpeedOfTheLastSeconds) {
   EXPECT_EQ(estimate.remaining(), std::nullopt);
   for (int step = 1; step <= 100; ++step) estimate.update(step * 0.001, at(step * 0.1));
   EXPECT_NEAR(static_cast<double>(estimate.remaining()->count()), 90, 2);
-  for (int step = 1; step <= 300; ++step) estimate.update(0.1, at(10 + step * 0.1));
+  for (int step = 1; step <= 300; ++step) estimate.update(0.1, at(10 + (step * 0.1)));
   EXPECT_GT(estimate.remaining()->count(), 900);
 }
 

@@ -75,12 +75,12 @@ Host::Host(std::vector<platform::URL> files, cloud::SessionConfiguration configu
 void Host::share() {
   controller->createSession(
       [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& session) {
-        events.push_back("session");
+        events.emplace_back("session");
         sessions.push_back(session);
         onSession();
       },
       [this, object = std::make_unique<HostObject>(livingObjectCount)](auto result) {
-        events.push_back(result ? "done" : result.error().description());
+        events.emplace_back(result ? "done" : result.error().description());
         if (result) sessions.push_back(*result);
         onEnd();
       });

@@ -22,35 +22,38 @@ extern "C" int __lsan_is_turned_off() { return quillbay::platform::isForkedChild
 namespace quillbay::platform {
 namespace {
 
-using namespace std::chrono_literals;
-
-/// Each case ends a process of its own, under a watchdog.
 class ProcessExitTest : public testing::Test {
  protected:
   ProcessExitTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-  static constexpr unsigned kWatchdogSeconds = 60;
+  /// Runs `body` in a process of its own, under a watchdog; it is to end with this status and
+  /// these notes on standard error.
+  template <class Body>
+  static void expectExit(int status, const char* notes, Body body) {
+    const auto run = [&] {
+      alarm(60);
+      body();
+      std::exit(0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(status), notes);
+  }
+
+  static void note(const char* text) { std::fputs(text, stderr); }
 };
 
-void note(const char* text) { std::fputs(text, stderr); }
-
 TEST_F(ProcessExitTest, StopsInReverseOrderAndTakesWhatIsRegisteredMeanwhile) {
-  const auto run = [] {
-    alarm(kWatchdogSeconds);
+  expectExit(0, "second;third;first;", [] {
     prepareProcess();
     stopAtExit([] { note("first;"); });
     stopAtExit([] {
       note(isProcessExiting() ? "second;" : "too early;");
       stopAtExit([] { note("third;"); });
     });
-    std::exit(0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "second;third;first;");
+  });
 }
 
 TEST_F(ProcessExitTest, CallbacksThatWaitStillRunAndAreJoined) {
-  const auto run = [] {
-    alarm(kWatchdogSeconds);
+  expectExit(0, "^running;waiting;last outcome;$", [] {
     const auto queue = DispatchQueue::makeSerial();
     // Stands for the network: registered after the queue, it hands over its last outcomes.
     stopAtExit([queue] { queue->async([] { note("last outcome;"); }); });
@@ -59,14 +62,11 @@ TEST_F(ProcessExitTest, CallbacksThatWaitStillRunAndAreJoined) {
       note("running;");
     });
     queue->async([] { note("waiting;"); });
-    std::exit(0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^running;waiting;last outcome;$");
+  });
 }
 
 TEST_F(ProcessExitTest, ALongReadEndsAndWorkThatHasNotBegunNeverDoes) {
-  const auto run = [] {
-    alarm(kWatchdogSeconds);
+  expectExit(0, "", [] {
     static std::latch reading(1);
     for (int i = 0; i < 64; ++i) {
       DispatchQueue::globalUserInitiated().async([first = i == 0] {
@@ -77,40 +77,30 @@ TEST_F(ProcessExitTest, ALongReadEndsAndWorkThatHasNotBegunNeverDoes) {
       });
     }
     reading.wait();
-    std::exit(0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  });
 }
 
 TEST_F(ProcessExitTest, ExitMayBeCalledByAWorkItem) {
   for (const bool isSerial : {true, false}) {
-    const auto run = [=] {
-      alarm(kWatchdogSeconds);
+    expectExit(7, "", [=] {
       const auto serial = DispatchQueue::makeSerial();
-      DispatchQueue& queue = isSerial ? *serial : DispatchQueue::globalUserInitiated();
-      DispatchQueue::makeSerial()->async([] {});
-      queue.async([] { std::exit(7); });
+      (isSerial ? *serial : DispatchQueue::globalUserInitiated()).async([] { std::exit(7); });
       runMainQueue();
-    };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(7), "");
+    });
   }
 }
 
 TEST_F(ProcessExitTest, AHostsLoopIsNotCalledAnyMore) {
-  const auto run = [] {
-    alarm(kWatchdogSeconds);
+  expectExit(0, "^posted;$", [] {
     setMainQueuePoster([](std::function<void()>) { note("posted;"); });
     const auto queue = DispatchQueue::makeSerial();
     stopAtExit([queue] { queue->async([] { DispatchQueue::main().async([] {}); }); });
     DispatchQueue::main().async([] {});
-    std::exit(0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "^posted;$");
+  });
 }
 
 TEST_F(ProcessExitTest, AForkedChildRunsNoWorkAndExits) {
-  const auto run = [] {
-    alarm(kWatchdogSeconds);
+  expectExit(0, "", [] {
     const auto serial = DispatchQueue::makeSerial();
     DispatchQueue* const queues[] = {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(),
                                      serial.get()};
@@ -120,20 +110,20 @@ TEST_F(ProcessExitTest, AForkedChildRunsNoWorkAndExits) {
       while (!isOver) {
         std::latch ran(2);
         queues[0]->async([] {});
-        queues[1]->async([&] { ran.count_down(); });
-        queues[2]->async([&] { ran.count_down(); });
+        for (DispatchQueue* queue : {queues[1], queues[2]}) {
+          queue->async([&] { ran.count_down(); });
+        }
         ran.wait();
       }
     });
     for (int round = 0; round < 8; ++round) {
       bool isTurnOver = false;
       queues[0]->async([&] { isTurnOver = true; });
-      runMainQueue([&] { return isTurnOver; }, 60s);
+      runMainQueue([&] { return isTurnOver; }, std::chrono::seconds(60));
       const pid_t child = fork();
       if (child == 0) {
-        alarm(kWatchdogSeconds);
+        alarm(60);
         for (DispatchQueue* queue : queues) queue->async([] { _exit(1); });
-        DispatchQueue::makeSerial()->async([] { _exit(1); });
         setMainQueuePoster(nullptr);
         stopMainQueue();
         runMainQueue();
@@ -141,13 +131,10 @@ TEST_F(ProcessExitTest, AForkedChildRunsNoWorkAndExits) {
       }
       int status = 0;
       waitpid(child, &status, 0);
-      if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) _exit(3);
+      if (status != 0) _exit(3);
     }
     isOver = true;
-    busy.join();
-    std::exit(0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  });
 }
 
 }  // namespace

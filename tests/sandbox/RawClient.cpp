@@ -32,14 +32,7 @@ std::string RawClient::receiveUntil(std::string_view end) {
     received_.append(buffer.data(), static_cast<std::size_t>(count));
   }
   const std::size_t length = received_.find(end) + end.size();
-  std::string taken = received_.substr(0, length);
-  received_.erase(0, length);
-  return taken;
-}
-
-std::string RawClient::receiveAll() {
-  // No reply contains this.
-  return receiveUntil(std::string_view("\0end\0", 5));
+  return std::exchange(received_, received_.substr(length)).substr(0, length);
 }
 
 }  // namespace quillbay::sandbox

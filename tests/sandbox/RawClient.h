@@ -21,7 +21,8 @@ class RawClient {
   void endSending();
   /// Up to and with the first occurrence of `end`, or what came before the connection closed.
   std::string receiveUntil(std::string_view end);
-  std::string receiveAll();
+  /// Until the connection closes; no reply contains this end.
+  std::string receiveAll() { return receiveUntil("no such end"); }
 
  private:
   std::unique_ptr<SSL_CTX, OpenSslFree<SSL_CTX_free>> context_;

@@ -1,22 +1,9 @@
 #include "tests/sandbox/RunningSandbox.h"
 
-#include <cstdlib>
-
 #include "sandbox/support/Digest.h"
 #include "sandbox/support/Hex.h"
 
 namespace quillbay::sandbox {
-
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = std::filesystem::temp_directory_path() / "quillbay-sandbox-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 RunningSandbox::RunningSandbox() { restart(); }
 
@@ -61,6 +48,12 @@ httplib::Result RunningSandbox::requestUploadUrl(const json& session, std::size_
   return client_->Put(itemPath(session, item, "upload_url"), headers, "", "");
 }
 
+std::string RunningSandbox::uploadHead(const std::string& target, std::size_t byteCount,
+                                       const std::string& more) const {
+  return "PUT " + target + " HTTP/1.1\r\nHost: localhost:" + std::to_string(server_->port()) +
+         "\r\nContent-Length: " + std::to_string(byteCount) + "\r\n" + more + "\r\n";
+}
+
 std::string RunningSandbox::uploadTarget(const json& session, std::size_t item) {
   const auto reply = requestUploadUrl(session, item);
   EXPECT_EQ(outcome(reply), "200");
@@ -94,10 +87,14 @@ nlohmann::json RunningSandbox::share(const std::vector<TestFile>& files, json co
   return session;
 }
 
+std::string RunningSandbox::pathOf(const json& session) {
+  return "/cloud/test-instance/session/" + session["id"].get<std::string>();
+}
+
 std::string RunningSandbox::itemPath(const json& session, std::size_t item,
                                      const std::string& action) {
-  return "/cloud/test-instance/session/" + session["id"].get<std::string>() + "/items/" +
-         session["items"][item]["id"].get<std::string>() + "/" + action;
+  return pathOf(session) + "/items/" + session["items"][item]["id"].get<std::string>() + "/" +
+         action;
 }
 
 httplib::Headers RunningSandbox::tokenOf(const json& session) {
@@ -113,7 +110,7 @@ std::string RunningSandbox::outcome(const httplib::Result& result) {
   const std::string status = std::to_string(result->status);
   const std::size_t code = result->body.find("<Code>");
   if (code == std::string::npos) return status;
-  const std::size_t start = code + std::string_view("<Code>").size();
+  const std::size_t start = result->body.find('>', code) + 1;
   return status + " " + result->body.substr(start, result->body.find('<', start) - start);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TemporaryFolder.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
 
@@ -20,19 +21,7 @@ struct TestFile {
   std::string contentType = "text/plain";
 };
 
-/// A folder that vanishes with the object.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
+using test::TemporaryFolder;
 
 /// A real server on a free port, a client that trusts it, and a clock to move.
 class RunningSandbox : public testing::Test {
@@ -50,6 +39,9 @@ class RunningSandbox : public testing::Test {
   /// Fails the test unless the service answers 201.
   json createSession(const std::vector<TestFile>& files, json config = json::object());
   httplib::Result requestUploadUrl(const json& session, std::size_t item);
+  /// The start of an upload up to its body, for a RawClient.
+  std::string uploadHead(const std::string& target, std::size_t byteCount,
+                         const std::string& more = "") const;
   /// Path and query of a fresh presigned address.
   std::string uploadTarget(const json& session, std::size_t item);
   httplib::Result put(const std::string& target, const TestFile& file,
@@ -63,6 +55,7 @@ class RunningSandbox : public testing::Test {
 
   static std::string itemPath(const json& session, std::size_t item, const std::string& action);
   static httplib::Headers tokenOf(const json& session);
+  static std::string pathOf(const json& session);
   /// The path of an absolute address of this server.
   static std::string target(const std::string& url);
   static std::string linkOf(const json& session) { return target(session["url"]); }

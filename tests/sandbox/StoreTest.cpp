@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <deque>
+
 #include "tests/sandbox/RawClient.h"
 #include "tests/sandbox/RunningSandbox.h"
 
@@ -12,43 +14,32 @@ const TestFile letter{"letter.txt", "Dear all"};
 
 class Store : public RunningSandbox {
  protected:
-  std::string head(const std::string& target, std::size_t byteCount, const std::string& more = "") {
-    return "PUT " + target + " HTTP/1.1\r\nHost: localhost:" + std::to_string(server_->port()) +
-           "\r\nContent-Length: " + std::to_string(byteCount) + "\r\n" + more + "\r\n";
-  }
-
   static std::string replaced(std::string text, const std::string& from, const std::string& to) {
     return text.replace(text.find(from), from.size(), to);
   }
 };
 
 TEST_F(Store, TagsAnObjectWithItsQuotedMd5) {
-  const json session = createSession({{"empty", ""}, letter});
-  EXPECT_EQ(put(uploadTarget(session, 0), {"empty", ""})->get_header_value("ETag"),
-            "\"d41d8cd98f00b204e9800998ecf8427e\"");
-  EXPECT_EQ(put(uploadTarget(session, 1), letter)->get_header_value("ETag"),
+  const json session = createSession({letter});
+  EXPECT_EQ(put(uploadTarget(session, 0), letter)->get_header_value("ETag"),
             "\"737664ab1b5e9656d4ebdbac9a49a9fc\"");
 }
 
 TEST_F(Store, TakesAnAddressOnlyAsItWasSigned) {
   const json session = createSession({letter, letter});
   const std::string target = uploadTarget(session, 0);
-  const std::string item = session["items"][0]["id"];
-  const std::string otherItem = session["items"][1]["id"];
   const std::string signature = target.substr(target.size() - 64);
   const std::string flipped = (signature[0] == 'a' ? "b" : "a") + signature.substr(1);
   const std::pair<std::string, std::string> cases[] = {
       {replaced(target, signature, flipped), "403 SignatureDoesNotMatch"},
-      {replaced(target, signature, signature.substr(1)), "403 SignatureDoesNotMatch"},
-      {replaced(target, item, otherItem), "403 SignatureDoesNotMatch"},
+      {replaced(target, session["items"][0]["id"], session["items"][1]["id"]),
+       "403 SignatureDoesNotMatch"},
       {replaced(target, "X-Amz-Expires=3600", "X-Amz-Expires=604800"), "403 SignatureDoesNotMatch"},
       {target + "&more=1", "403 SignatureDoesNotMatch"},
       {replaced(target, "QUILLBAYSANDBOX", "SOMEBODYELSE"), "403 InvalidAccessKeyId"},
       {replaced(target, "%2Flocal%2F", "%2Felsewhere%2F"), "400 AuthorizationQueryParametersError"},
       {replaced(target, "X-Amz-Expires=3600", "X-Amz-Expires=604801"),
        "400 AuthorizationQueryParametersError"},
-      {replaced(target, "SignedHeaders=host", "SignedHeaders=x-none"), "403 AccessDenied"},
-      {target + "&X-Amz-Expires=1", "400 AuthorizationQueryParametersError"},
       {target.substr(0, target.find('?')), "403 AccessDenied"}};
   for (const auto& [changed, expected] : cases) {
     EXPECT_EQ(outcome(put(changed, letter)), expected) << changed;
@@ -79,64 +70,52 @@ TEST_F(Store, DescribesARefusalInXmlWithoutTheSignature) {
   EXPECT_EQ(refused->get_header_value("Content-Type"), "application/xml");
   EXPECT_TRUE(
       refused->body.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Error><Code>"));
-  EXPECT_EQ(refused->body.find("X-Amz"), std::string::npos);
-  EXPECT_NE(refused->body.find("<Resource>" + target.substr(0, target.find('?')) + "</Resource>"),
-            std::string::npos);
+  EXPECT_FALSE(refused->body.contains("X-Amz"));
 }
 
 TEST_F(Store, RefusesMoreThanWasAnnouncedAndKeepsTheConnection) {
   const json session = createSession({letter});
   const std::string target = uploadTarget(session, 0);
   RawClient client(server_->port());
-  client.send(head(target, 9) + "Dear all!" + head(target, 8) + "Dear all");
-  EXPECT_NE(client.receiveUntil("</Error>").find("EntityTooLarge"), std::string::npos);
+  client.send(uploadHead(target, 9) + "Dear all!" + uploadHead(target, 8) + "Dear all");
+  EXPECT_TRUE(client.receiveUntil("</Error>").contains("EntityTooLarge"));
   EXPECT_TRUE(client.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 OK"));
 }
 
-TEST_F(Store, RefusesBeforeTheBodyWhenTheClientWaitsForPermission) {
+TEST_F(Store, RefusesOrPermitsBeforeTheBodyWhenTheClientWaits) {
   const json session = createSession({letter});
   RawClient client(server_->port());
-  client.send(head(uploadTarget(session, 0), 1'000'000'000, "Expect: 100-continue\r\n"));
+  client.send(uploadHead(uploadTarget(session, 0), 1'000'000'000, "Expect: 100-continue\r\n"));
   const std::string reply = client.receiveAll();
   EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 Bad Request\r\n")) << reply;
-  EXPECT_NE(reply.find("Connection: close\r\n"), std::string::npos);
-  EXPECT_NE(reply.find("<Code>EntityTooLarge</Code>"), std::string::npos);
-}
+  EXPECT_TRUE(reply.contains("<Code>EntityTooLarge</Code>"));
 
-TEST_F(Store, LetsTheBodyComeWhenTheClientWaitsForPermission) {
-  const json session = createSession({letter});
-  RawClient client(server_->port());
-  client.send(head(uploadTarget(session, 0), 8, "Expect: 100-continue\r\n"));
-  EXPECT_TRUE(client.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 100 "));
-  client.send(letter.bytes);
-  EXPECT_TRUE(client.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 "));
+  RawClient permitted(server_->port());
+  permitted.send(uploadHead(uploadTarget(session, 0), 8, "Expect: 100-continue\r\n"));
+  EXPECT_TRUE(permitted.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 100 "));
+  permitted.send(letter.bytes);
+  EXPECT_TRUE(permitted.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 "));
 }
 
 TEST_F(Store, KeepsNothingOfABodyThatBreaksOff) {
   const json session = createSession({letter});
   RawClient client(server_->port());
-  client.send(head(uploadTarget(session, 0), 8) + "Dear");
+  client.send(uploadHead(uploadTarget(session, 0), 8) + "Dear");
   client.endSending();
-  EXPECT_NE(client.receiveAll().find("<Code>IncompleteBody</Code>"), std::string::npos);
+  EXPECT_TRUE(client.receiveAll().contains("<Code>IncompleteBody</Code>"));
   EXPECT_EQ(filesOnDisk("incoming"), 0u);
   EXPECT_EQ(finalize(session, 0, "\"x\"")->status, 409);
 }
 
-TEST_F(Store, WantsPlainBytesOfKnownLength) {
-  const json session = createSession({letter});
-  const std::string target = uploadTarget(session, 0);
+TEST_F(Store, WantsTheLengthBeforeTheBody) {
   const auto chunked = client_->Put(
-      target,
+      uploadTarget(createSession({letter}), 0),
       [](std::size_t, httplib::DataSink& sink) {
         sink.done();
         return true;
       },
       "text/plain");
   EXPECT_EQ(outcome(chunked), "411 MissingContentLength");
-  EXPECT_EQ(outcome(client_->Put(target, {{"Content-Encoding", "br"}}, letter.bytes, "")),
-            "501 NotImplemented");
-  EXPECT_EQ(outcome(put(target, {"a", letter.bytes, "multipart/form-data; boundary=x"})),
-            "501 NotImplemented");
 }
 
 TEST_F(Store, ReplacesAnObjectOnlyUntilItIsFinalized) {
@@ -150,26 +129,17 @@ TEST_F(Store, ReplacesAnObjectOnlyUntilItIsFinalized) {
   EXPECT_EQ(filesOnDisk("sessions/" + session["id"].get<std::string>() + "/objects"), 1u);
 }
 
-TEST_F(Store, ForgetsTheKeysOfADeletedSession) {
-  const json session = createSession({letter});
-  const std::string target = uploadTarget(session, 0);
-  client_->Delete("/cloud/test-instance/session/" + session["id"].get<std::string>(),
-                  tokenOf(session));
-  EXPECT_EQ(outcome(put(target, letter)), "404 NoSuchKey");
-}
-
 TEST_F(Store, ServesOthersWhileUploadsStall) {
   const json session = createSession({letter});
   const std::string target = uploadTarget(session, 0);
-  std::vector<std::unique_ptr<RawClient>> stalled;
+  std::deque<RawClient> stalled;
   for (int i = 0; i < 40; ++i) {
-    stalled.push_back(std::make_unique<RawClient>(server_->port()));
-    stalled.back()->send(head(target, 8) + "Dear");
+    stalled.emplace_back(server_->port()).send(uploadHead(target, 8) + "Dear");
   }
   upload(session, 0, letter);
   // The rest of a stalled upload comes too late to replace what is complete.
-  stalled.front()->send(" ALL");
-  EXPECT_NE(stalled.front()->receiveUntil("</Error>").find("OperationAborted"), std::string::npos);
+  stalled.front().send(" ALL");
+  EXPECT_TRUE(stalled.front().receiveUntil("</Error>").contains("OperationAborted"));
 }
 
 }  // namespace

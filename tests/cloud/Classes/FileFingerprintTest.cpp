@@ -61,11 +61,12 @@ std::string digestOf(const std::string& content) {
 TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
   std::vector<std::pair<URL, std::string>> digests;
   // Around the sizes of a hash block and of the read buffer.
-  for (const std::size_t byteCount : {0, 64, 65, 131071, 131072, 131073, 300000}) {
+  for (const std::size_t byteCount : {0U, 64U, 65U, 131071U, 131072U, 131073U, 300000U}) {
     const auto content = patternedBytes(byteCount);
     digests.emplace_back(file(std::to_string(byteCount), content), digestOf(content));
   }
   std::vector<URL> files;
+  files.reserve(digests.size());
   for (const auto& [file, digest] : digests) files.push_back(file);
   const auto result = resultFor(files);
   ASSERT_TRUE(result && *result);

@@ -79,7 +79,8 @@ class SessionControllerLifetime : public testing::Test {
   /// Holds the replies to `call` until the gate opens.
   void hold(Call call, const std::shared_ptr<Gate>& gate, bool fails) {
     service_.setHook(call, [gate, fails](const Request&, Reply ordinary) {
-      Reply reply = fails ? Reply::json(R"({"message":"Gone","status":410})", 410) : ordinary;
+      Reply reply =
+          fails ? Reply::json(R"({"message":"Gone","status":410})", 410) : std::move(ordinary);
       reply.sendAfter = gate;
       return reply;
     });
@@ -91,7 +92,7 @@ class SessionControllerLifetime : public testing::Test {
     return calls.empty() ? "" : calls.back();
   }
   /// Whatever the run has still under way has come to its end: a deletion goes the same road.
-  void settle() {
+  static void settle() {
     bool isDeleted = false;
     SessionController::deleteSession("session-1", "host-1", FakeService::token,
                                      [&](const auto&) { isDeleted = true; });

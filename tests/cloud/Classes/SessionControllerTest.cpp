@@ -14,7 +14,6 @@
 namespace quillbay::test {
 namespace {
 
-using cloud::SessionConfiguration;
 using cloud::SessionLinkType;
 using platform::URL;
 using Call = FakeService::Call;

@@ -7,7 +7,6 @@
 namespace quillbay::test {
 namespace {
 
-using cloud::AmazonError;
 using cloud::Localized;
 using cloud::QuillbayCloudError;
 using cloud::Webservice;

@@ -57,7 +57,7 @@ TEST(Session, ReadsAnExpirationThatIsNoIntegerAsAbsent) {
 // N uploaders each hold the session of N items.
 TEST(Session, CopiesShareTheirItems) {
   const Session session = sessionWithItems(3);
-  const Session copy = session;
+  const Session copy = session;  // NOLINT(performance-unnecessary-copy-initialization)
   Session assigned = sessionWithItems(0);
   assigned = copy;
   EXPECT_EQ(&items(copy), &items(session));
@@ -67,8 +67,8 @@ TEST(Session, CopiesShareTheirItems) {
 
 TEST(Session, StaysWholeWhenMovedFrom) {
   Session session = sessionWithItems(1);
-  const Session taken = std::move(session);
-  EXPECT_EQ(session, taken);  // NOLINT(bugprone-use-after-move)
+  const Session taken = std::move(session);  // NOLINT(performance-move-const-arg)
+  EXPECT_EQ(session, taken);                 // NOLINT(bugprone-use-after-move)
 }
 
 TEST(Session, FailsWholeAtTheFirstRequiredKeyThatDoesNotFit) {

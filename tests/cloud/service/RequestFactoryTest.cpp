@@ -83,7 +83,7 @@ TEST_F(RequestFactoryTest, AFinalizeTagThatIsNoUTF8GoesOutWithoutABody) {
 }
 
 TEST_F(RequestFactoryTest, AnnouncesFilesInOrderWithSizeTypeAndOnlyTheirOwnFingerprint) {
-  const URL first = file("b.bin", std::string(1024 * 1024, 'x'));
+  const URL first = file("b.bin", std::string(1 << 20, 'x'));
   const URL second = file("IMAGE.PNG");
   const auto request = createSession({first, second}, {{second, "f00"}});
   ASSERT_TRUE(request);
