@@ -1,0 +1,107 @@
+// bench-server AUTHORITY-FILE: a sharing service and a discarding object store on loopback, over
+// TLS. Prints `port N` when it listens. The line `counts` on standard input prints what it saw
+// since the last one, ended by a line `end`; the end of standard input ends it.
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+
+#include "benchmarks/server/CannedService.h"
+#include "benchmarks/server/Connection.h"
+#include "benchmarks/server/Counts.h"
+#include "benchmarks/server/TlsIdentity.h"
+#include "benchmarks/support/Addresses.h"
+#include "benchmarks/support/MainProgram.h"
+
+namespace quillbay::bench {
+namespace {
+
+constexpr int kBacklog = 128;
+constexpr std::string_view kStored =
+    "HTTP/1.1 200 OK\r\nETag: \"9bb58f26192e4ba00f01e2e7b136bbd8\"\r\nContent-Length: 0\r\n\r\n";
+
+struct Server {
+  TlsContext context;
+  CannedService service;
+  Counts counts;
+};
+
+void answer(Server& server, Connection& connection, const std::string& host,
+            const RequestHead& head) {
+  const std::uint64_t bodyByteCount = head.contentLength();
+  server.counts.addRequest(host, bodyByteCount);
+  if (head.field("Expect") == "100-continue") connection.write("HTTP/1.1 100 Continue\r\n\r\n");
+  if (host == kStoreHost) {
+    connection.discardBody(bodyByteCount);
+    connection.write(kStored);
+    return;
+  }
+  connection.write(server.service.reply(head, connection.readBody(bodyByteCount)));
+}
+
+void serve(Server& server, int socket) {
+  try {
+    Connection connection(server.context.get(), socket);
+    const std::string host = connection.serverName();
+    server.counts.addConnection(host);
+    std::string head;
+    while (connection.readHead(head)) answer(server, connection, host, RequestHead(head));
+  } catch (const std::exception& error) {
+    std::cerr << "bench-server: " << error.what() << '\n';
+  }
+}
+
+int listenOnLoopback() {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  if (listener < 0 || bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+      listen(listener, kBacklog) != 0) {
+    fail("cannot listen on loopback");
+  }
+  return listener;
+}
+
+int portOf(int listener) {
+  sockaddr_in address = {};
+  socklen_t size = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+  return ntohs(address.sin_port);
+}
+
+void acceptConnections(Server& server, int listener) {
+  for (;;) {
+    const int socket = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket >= 0) std::thread(serve, std::ref(server), socket).detach();
+  }
+}
+
+void run(const std::vector<std::string>& arguments) {
+  if (arguments.size() != 1) fail("usage: bench-server AUTHORITY-FILE");
+  std::signal(SIGPIPE, SIG_IGN);
+  Server server{makeServerContext(arguments[0]), {}, {}};
+  const int listener = listenOnLoopback();
+  std::thread(acceptConnections, std::ref(server), listener).detach();
+  std::cout << "port " << portOf(listener) << '\n' << std::flush;
+  for (std::string line; std::getline(std::cin, line);) {
+    if (line != "counts") continue;
+    server.counts.writeAndReset(std::cout);
+    std::cout << "end" << '\n' << std::flush;
+  }
+  // Connection threads are still waiting for requests; nothing of theirs needs to be kept.
+  std::_Exit(0);
+}
+
+}  // namespace
+}  // namespace quillbay::bench
+
+int main(int argumentCount, char** arguments) {
+  return quillbay::bench::runProgram("bench-server", argumentCount, arguments,
+                                     quillbay::bench::run);
+}
