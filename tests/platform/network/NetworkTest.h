@@ -17,7 +17,7 @@
 namespace quillbay::test {
 
 /// In every secret that the tests send; must never come back in an error's text.
-inline constexpr std::string_view secret = "s3cr3t";
+inline constexpr std::string_view secret = "confidential";
 inline constexpr const char* tokenField = "X-QUILLBAY-SESSION-TOKEN";
 
 /// What a task's completion handler was told.

@@ -55,7 +55,7 @@ std::uint64_t blockedSignals(int thread) {
   return ~std::uint64_t{0};  // the thread has ended
 }
 
-/// Not libcurl's own wake-up pair, over which a host has no say.
+/// Not libcurl's own wake-up pair, over which its user has no say.
 bool isAnonymousPair(int descriptor) {
   int domain = 0;
   socklen_t byteCount = sizeof(domain);

@@ -73,7 +73,7 @@ TEST_F(URLSessionReplyTest, OnlyACompleteFinalReplyIsASuccess) {
       connection.shutdownSending();
       connection.waitForClient();
     });
-    const Outcome outcome = perform(request("GET", server.address("/?q=s3cr3t")));
+    const Outcome outcome = perform(request("GET", server.address("/?q=confidential")));
     EXPECT_EQ(outcome.status(), row.status);
     EXPECT_EQ(outcome.data, row.data);
   }

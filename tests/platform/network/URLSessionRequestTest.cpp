@@ -27,11 +27,11 @@ TEST_F(URLSessionRequestTest, AnUploadCarriesItsThreeFieldsAndNothingBeyondWhatH
     SCOPED_TRACE(byteCount);
     ScriptedServer server;
     const auto file = folder.writePattern("file", byteCount);
-    EXPECT_EQ(upload(server.address("/key?signature=s3cr3t"), file).status(), 200);
+    EXPECT_EQ(upload(server.address("/key?signature=confidential"), file).status(), 200);
 
     const auto requests = server.requests();
     ASSERT_EQ(requests.size(), 1u);
-    EXPECT_TRUE(requests[0].head.starts_with("PUT /key?signature=s3cr3t HTTP/1.1\r\n"));
+    EXPECT_TRUE(requests[0].head.starts_with("PUT /key?signature=confidential HTTP/1.1\r\n"));
     Lines expected = {hostLine(server), "Content-Length: " + std::to_string(byteCount),
                       "Content-Disposition: attachment; filename=\"a b.txt\"; "
                       "filename*=UTF-8''a+b.txt",
@@ -54,12 +54,15 @@ TEST_F(URLSessionRequestTest, ADataTaskSendsItsBodyAndNoFieldThatTheServiceWasNo
       {"POST", {}, patternedBytes(mebibyte), {"Content-Length: 1048576"}},
       {"POST", {}, std::nullopt, {"Content-Length: 0"}},
       {"PUT",
-       {{tokenField, "s3cr3t"}},
+       {{tokenField, "confidential"}},
        std::nullopt,
-       {"Content-Length: 0", "X-QUILLBAY-SESSION-TOKEN: s3cr3t"}},
+       {"Content-Length: 0", "X-QUILLBAY-SESSION-TOKEN: confidential"}},
       {"PUT", {{"Content-Type", "a/b"}}, "{}", {"Content-Length: 2", "Content-Type: a/b"}},
       {"PUT", {{"Content-Length", "2"}}, "{}", {"Content-Length: 2"}},
-      {"DELETE", {{tokenField, "s3cr3t"}}, std::nullopt, {"X-QUILLBAY-SESSION-TOKEN: s3cr3t"}},
+      {"DELETE",
+       {{tokenField, "confidential"}},
+       std::nullopt,
+       {"X-QUILLBAY-SESSION-TOKEN: confidential"}},
       {"GET", {}, std::nullopt, {}},
   };
   for (const Row& row : rows) {

@@ -29,7 +29,8 @@ void expectOutcomes(const std::vector<Row>& rows, int timeoutSeconds,
   for (const Row& row : rows) {
     ScriptedServer& server = servers.emplace_back(row.certificate);
     server.onConnection(row.script);
-    const std::string address = "https://127.0.0.1:" + std::to_string(server.port()) + "/?q=s3cr3t";
+    const std::string address =
+        "https://127.0.0.1:" + std::to_string(server.port()) + "/?q=confidential";
     auto sent = row.uploadByteCount > 0 ? storeRequest(address, row.uploadByteCount)
                                         : request("GET", address);
     sent.timeoutSeconds = timeoutSeconds;

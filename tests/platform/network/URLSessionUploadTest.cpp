@@ -55,7 +55,7 @@ TEST_F(URLSessionUploadTest, ARefusalBeforeTheBodyIsReadWithItsText) {
   });
   constexpr int roundCount = 20;
   for (int round = 0; round < roundCount; ++round) {
-    const Outcome outcome = upload(server.address("/?signature=s3cr3t"), file);
+    const Outcome outcome = upload(server.address("/?signature=confidential"), file);
     ASSERT_EQ(outcome.status(), 403) << "round " << round << ": " << outcome.errorName();
     ASSERT_EQ(outcome.data, refusalXML);
   }
