@@ -60,6 +60,14 @@ void JSONWriter::writeDate(std::string_view key, Date date) {
   const bool countsFrom2001 = target_->datePolicy == JSONDatePolicy::secondsSince2001;
   const double seconds = countsFrom2001 ? secondsSince2001(date) : secondsSince1970(date);
   if (!std::isfinite(seconds)) return target_->fail(key);
+  // Whole seconds since 1970 are what readers of integers expect.
+  constexpr double kLargestExactInteger = 9007199254740992.0;
+  const bool isInteger =
+      std::trunc(seconds) == seconds && std::abs(seconds) <= kLargestExactInteger;
+  if (isInteger && !countsFrom2001) {
+    target_->member(key) = static_cast<std::int64_t>(seconds);
+    return;
+  }
   target_->member(key) = seconds;
 }
 

@@ -22,9 +22,10 @@ class URLSessionTask {
   /// Starts the transfer; later calls do nothing. Any thread.
   virtual void resume() = 0;
 
-  /// Bytes sent (completed) of bytes expected (total). Starts at 0 of 100 and takes on the byte
-  /// counts with its first update; updated on the main queue only, at most every 100 ms and once
-  /// at the end. Read it there.
+  /// Of an upload: bytes sent (completed) of bytes expected (total). Starts at 0 of 100 and takes
+  /// on the byte counts with its first update; updated on the main queue only, at most every 100 ms
+  /// and once at the end. Read it there. That of a data task does not move: its body goes in one
+  /// piece.
   virtual const std::shared_ptr<Progress>& progress() const = 0;
 };
 

@@ -20,8 +20,9 @@ std::optional<std::string> fingerprint(const URL& fileURL, platform::SHA256& has
                                        std::span<std::byte> buffer) {
   auto file = platform::FileHandle::openForReading(fileURL);
   if (!file) return std::nullopt;
-  file->adviseSequential();
   auto byteCount = file->read(buffer);
+  // Of a file that one read exhausts there is nothing left to read ahead.
+  if (byteCount == buffer.size()) file->adviseSequential();
   while (byteCount && *byteCount > 0) {
     hash.update(buffer.first(*byteCount));
     byteCount = file->read(buffer);
@@ -58,6 +59,7 @@ FileFingerprint::fingerprints() const {
   std::vector<std::byte> buffer(kChunkByteCount);
   platform::SHA256 hash;
   Fingerprints fingerprints;
+  fingerprints.reserve(files_.size());
   for (const URL& fileURL : files_) {
     if (isCancelled()) continue;
     if (auto text = fingerprint(fileURL, hash, buffer)) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <curl/curl.h>
-
 #include <chrono>
 #include <cstdint>
 
@@ -15,10 +13,8 @@ class SilenceWatch {
 
   void restart();
 
-  /// The bytes received and sent so far. While neither grows, what the connection of `easy` has
-  /// still to be acknowledged is looked at: a slow line empties the system's send buffer long
-  /// before it takes the next byte from us.
-  void observe(std::int64_t receivedByteCount, std::int64_t sentByteCount, CURL* easy);
+  /// The bytes received and sent so far; to be called at least every half second.
+  void observe(std::int64_t receivedByteCount, std::int64_t sentByteCount);
 
   /// The time-out has passed; stays so until `restart`.
   bool isOver() const { return isOver_; }
@@ -28,7 +24,6 @@ class SilenceWatch {
   std::chrono::steady_clock::time_point lastMovement_;
   std::int64_t receivedByteCount_ = 0;
   std::int64_t sentByteCount_ = 0;
-  int unacknowledgedByteCount_ = 0;
   bool isOver_ = false;
 };
 

@@ -8,14 +8,22 @@ constexpr std::chrono::milliseconds kPostInterval(100);
 
 }  // namespace
 
+// A transfer that ends sooner needs no update but the last.
+TaskProgress::TaskProgress()
+    : engineThreadNextPost_(std::chrono::steady_clock::now() + kPostInterval) {}
+
 void TaskProgress::update(std::int64_t sentByteCount, std::int64_t expectedByteCount) {
-  if (sentByteCount <= sentByteCount_.load(std::memory_order_relaxed)) return;
-  expectedByteCount_.store(expectedByteCount, std::memory_order_relaxed);
-  sentByteCount_.store(sentByteCount, std::memory_order_relaxed);
+  if (sentByteCount > sentByteCount_.load(std::memory_order_relaxed)) {
+    expectedByteCount_.store(expectedByteCount, std::memory_order_relaxed);
+    sentByteCount_.store(sentByteCount, std::memory_order_relaxed);
+  }
+  // Also when nothing was sent since the last call: an upload that stalls shows where it stands.
+  if (sentByteCount_.load(std::memory_order_relaxed) == engineThreadPostedByteCount_) return;
 
   const auto now = std::chrono::steady_clock::now();
   if (now < engineThreadNextPost_) return;
   engineThreadNextPost_ = now + kPostInterval;
+  engineThreadPostedByteCount_ = sentByteCount_.load(std::memory_order_relaxed);
   post();
 }
 

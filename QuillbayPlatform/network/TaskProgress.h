@@ -21,14 +21,15 @@ class TaskProgress : public std::enable_shared_from_this<TaskProgress> {
   /// For the main queue. 0 of 100 units until the first update.
   const std::shared_ptr<Progress>& progress() const { return progress_; }
 
-  /// Engine thread. A body that is sent again after a redirect does not take the count back.
+  /// Engine thread, at least twice a second. A body that is sent again after a redirect does not
+  /// take the count back.
   void update(std::int64_t sentByteCount, std::int64_t expectedByteCount);
 
   /// Engine thread: the transfer succeeded; a body without bytes is complete now.
   void complete();
 
  private:
-  TaskProgress() = default;
+  TaskProgress();
 
   void post();
   void apply();
@@ -39,6 +40,7 @@ class TaskProgress : public std::enable_shared_from_this<TaskProgress> {
   std::atomic<bool> complete_ = false;
   std::atomic<bool> postPending_ = false;
   std::chrono::steady_clock::time_point engineThreadNextPost_;
+  std::int64_t engineThreadPostedByteCount_ = 0;
 };
 
 }  // namespace quillbay::platform

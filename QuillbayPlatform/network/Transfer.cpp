@@ -1,5 +1,7 @@
 #include <QuillbayPlatform/network/AddressPolicy.h>
 #include <QuillbayPlatform/network/Transfer.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -16,6 +18,9 @@ constexpr std::size_t kMaximumReplyByteCount = std::size_t{64} << 20;
 constexpr std::size_t kMaximumUploadReplyByteCount = std::size_t{1} << 20;
 constexpr long kUploadBufferByteCount = 512L << 10;
 constexpr long kReceiveBufferByteCount = 128L << 10;
+// What the system may hold unsent: with megabytes of it, a slow line takes nothing from us for so
+// long that it looks dead, and the progress runs ahead of the bytes.
+constexpr int kUnsentByteCount = 128 << 10;
 
 // Above this, a body waits for the server's word: a refusal that comes while the body is being
 // sent is mostly lost with the connection.
@@ -233,7 +238,7 @@ Transfer::State Transfer::follow(const HTTPURLResponse& response) {
   if (auto* error = std::get_if<std::shared_ptr<const URLError>>(&decision)) {
     return finish({std::nullopt, std::nullopt, std::move(*error)});
   }
-  if (response.statusCode() / 100 == 2) progress_->complete();
+  if (isUpload() && response.statusCode() / 100 == 2) progress_->complete();
   return finish({reply_.takeBody(), response, nullptr});
 }
 
@@ -316,15 +321,17 @@ int Transfer::connected(void* transfer, char*, char*, int, int) noexcept {
 int Transfer::reportProgress(void* transfer, curl_off_t, curl_off_t downloaded,
                              curl_off_t uploadTotal, curl_off_t uploaded) noexcept {
   auto& self = *static_cast<Transfer*>(transfer);
-  self.progress_->update(uploaded, uploadTotal);
+  if (self.isUpload()) self.progress_->update(uploaded, uploadTotal);
   long headByteCount = 0;
   curl_easy_getinfo(self.easy_.get(), CURLINFO_HEADER_SIZE, &headByteCount);
-  self.silence_.observe(headByteCount + downloaded, uploaded, self.easy_.get());
+  self.silence_.observe(headByteCount + downloaded, uploaded);
   return self.silence_.isOver() ? 1 : 0;
 }
 
 curl_socket_t Transfer::openSocket(void*, curlsocktype, curl_sockaddr* address) noexcept {
-  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  const int opened = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  setsockopt(opened, IPPROTO_TCP, TCP_NOTSENT_LOWAT, &kUnsentByteCount, sizeof kUnsentByteCount);
+  return opened;
 }
 
 }  // namespace quillbay::platform

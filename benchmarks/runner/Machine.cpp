@@ -46,7 +46,9 @@ std::string memoryText() {
 std::string kernelText() {
   utsname names = {};
   uname(&names);
-  return std::string(names.sysname) + ' ' + names.release + ' ' + names.machine;
+  const std::string release = names.release;
+  return std::string(names.sysname) + ' ' + release.substr(0, release.find('-')) + ' ' +
+         names.machine;
 }
 
 double loadAverage() {

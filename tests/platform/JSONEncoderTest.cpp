@@ -49,9 +49,9 @@ TEST(JSONEncoder, WritesCompactlyInTheOrderOfTheCallsAndLeavesAbsentKeysOut) {
             R"("entry":{"name":"e"}})");
 }
 
-TEST(JSONEncoder, WritesDatesAsShortestNumbersWithAFraction) {
+TEST(JSONEncoder, WritesDatesAsShortestNumbersAndWholeSecondsSince1970AsIntegers) {
   const std::pair<double, const char*> cases[] = {
-      {0, "0.0"}, {-1.5, "-1.5"}, {1767225600, "1767225600.0"}, {1767225600.1, "1767225600.1"}};
+      {0, "0"}, {-1.5, "-1.5"}, {1767225600, "1767225600"}, {1767225600.1, "1767225600.1"}};
   const JSONEncoder from1970(JSONDatePolicy::secondsSince1970);
   for (const auto& [seconds, text] : cases) {
     EXPECT_EQ(from1970.encode(Entry{"", dateFromSecondsSince1970(seconds)}).value(),
