@@ -16,7 +16,9 @@ constexpr const char* kContentLength = "Content-Length";
 
 constexpr std::size_t kMaximumReplyByteCount = std::size_t{64} << 20;
 constexpr std::size_t kMaximumUploadReplyByteCount = std::size_t{1} << 20;
-constexpr long kUploadBufferByteCount = 512L << 10;
+// Over TLS a buffer counts as sent only when the system has taken all of it: with a larger one a
+// slow line looks dead between two buffers.
+constexpr long kUploadBufferByteCount = 64L << 10;
 constexpr long kReceiveBufferByteCount = 128L << 10;
 // What the system may hold unsent: with megabytes of it, a slow line takes nothing from us for so
 // long that it looks dead, and the progress runs ahead of the bytes.

@@ -80,6 +80,10 @@ bool Connection::receive() {
   return false;
 }
 
+void Connection::limitReceiveBuffer(int byteCount) {
+  ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVBUF, &byteCount, sizeof(byteCount));
+}
+
 std::optional<Request> Connection::readHead() {
   std::size_t end = std::string::npos;
   while ((end = received_.find("\r\n\r\n")) == std::string::npos) {

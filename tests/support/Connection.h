@@ -33,6 +33,10 @@ class Connection {
 
   std::size_t number() const { return request_.connectionNumber; }
 
+  /// Bounds what the system receives ahead of the script, so that a script that reads slowly is a
+  /// slow line for the client.
+  void limitReceiveBuffer(int byteCount);
+
   /// Reads the next request up to its empty line.
   std::optional<Request> readHead();
   /// Reads at most `byteCount` further bytes of the announced body; returns how many.

@@ -99,6 +99,13 @@ TEST_F(URLSessionTimeoutTest, ATransferThatMovesNowAndThenMayTakeLongerThanTheTi
          connection.readBody();
          connection.send(Reply::empty(200));
        }},
+      {"upload that the system has taken whole", trusted, mebibyte,
+       [](Connection& connection) {
+         connection.limitReceiveBuffer(32 * 1024);
+         connection.readHead();
+         while (connection.readBody(mebibyte / 16) > 0) connection.pause(milliseconds(400));
+         connection.send(Reply::empty(200));
+       }},
   };
   expectOutcomes(rows, 2, "none");
 }
