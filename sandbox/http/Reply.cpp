@@ -43,8 +43,9 @@ void setBody(FileSlice slice, const std::string& contentType, httplib::Response&
     response.set_header("Content-Type", contentType);
     return;
   }
+  const std::size_t byteCount = slice.byteCount;
   response.set_content_provider(
-      slice.byteCount, contentType,
+      byteCount, contentType,
       [slice = std::move(slice)](std::size_t offset, std::size_t, httplib::DataSink& sink) {
         return sendFile(slice, offset, sink);
       });

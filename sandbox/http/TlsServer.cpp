@@ -85,8 +85,9 @@ TlsServer::TlsServer(TlsContext context, LogSink log)
 TlsServer::~TlsServer() { stop(); }
 
 int TlsServer::bind(int port) {
-  const int bound =
-      port == 0 ? bind_to_any_port(loopback) : (bind_to_port(loopback, port) ? port : -1);
+  int bound = port;
+  if (port == 0) bound = bind_to_any_port(loopback);
+  if (port != 0 && !bind_to_port(loopback, port)) bound = -1;
   if (bound <= 0) {
     throw std::runtime_error("cannot listen on " + std::string(loopback) + ":" +
                              std::to_string(port) +

@@ -17,7 +17,7 @@ class LinkEndpoint : public Endpoint {
  private:
   Reply route(Call& call);
   Reply unlock(Call& call, Session& session);
-  Reply open(const Call& call, const std::shared_ptr<Session>& session);
+  static Reply open(const Call& call, const std::shared_ptr<Session>& session);
 
   SessionStore& sessions_;
   PasswordGate& gate_;

@@ -2,11 +2,11 @@
 
 #include <archive.h>
 #include <archive_entry.h>
-#include <locale.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <ctime>
 #include <set>
 #include <stdexcept>

@@ -12,6 +12,7 @@ namespace {
 
 std::string canonicalQuery(const SignedRequest& request) {
   std::vector<std::pair<std::string, std::string>> encoded;
+  encoded.reserve(request.query.size());
   for (const auto& [name, value] : request.query) {
     encoded.emplace_back(percentEncode(name), percentEncode(value));
   }
