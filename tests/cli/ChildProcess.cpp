@@ -102,11 +102,11 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 /// The program, behind a shell that ignores the signals, if there are any to ignore.
 std::vector<std::string> commandLine(const ChildProcess::Setup& setup) {
-  std::vector<std::string> words{QUILLBAY_PROGRAM};
+  std::vector<std::string> words{setup.program};
   if (!setup.ignoredSignals.empty()) {
     std::string numbers;
     for (const int signal : setup.ignoredSignals) numbers += " " + std::to_string(signal);
-    words = {"/bin/sh", "-c", "trap ''" + numbers + R"(; exec "$0" "$@")", QUILLBAY_PROGRAM};
+    words = {"/bin/sh", "-c", "trap ''" + numbers + R"(; exec "$0" "$@")", setup.program};
   }
   words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
   return words;

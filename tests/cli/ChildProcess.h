@@ -24,6 +24,7 @@ class ChildProcess {
   };
 
   struct Setup {
+    std::string program = QUILLBAY_PROGRAM;
     std::vector<std::string> arguments = {};
     /// "NAME=value"; PATH, the locale and TERM are given.
     std::vector<std::string> environment = {};
