@@ -1,5 +1,8 @@
 #include <QuillbayCore/DateExpirationOption.h>
 
+#include <algorithm>
+#include <chrono>
+
 namespace quillbay::core {
 namespace {
 
@@ -13,6 +16,8 @@ Date addingMonths(Date start, int count) {
   if (!target.ok()) target = target.year() / target.month() / std::chrono::last;
   return Date(std::chrono::sys_days(target)) + timeOfDay;
 }
+
+Date thisMoment() { return Date(std::chrono::system_clock::now()); }
 
 }  // namespace
 
@@ -32,8 +37,23 @@ std::optional<Date> DateExpirationOption::date(Date now) const {
   return std::nullopt;
 }
 
-std::optional<Date> DateExpirationOption::date() const {
-  return date(Date(std::chrono::system_clock::now()));
+std::optional<Date> DateExpirationOption::date() const { return date(thisMoment()); }
+
+std::vector<DateExpirationOption> DateExpirationOption::defaultOptions() {
+  return {minutes(30), hours(2), hours(24), days(7), days(30), months(12), never()};
+}
+
+DateExpirationOption DateExpirationOption::closest(std::optional<Date> date, Date now) {
+  if (!date) return never();
+  std::vector<DateExpirationOption> options = defaultOptions();
+  std::erase(options, never());
+  return *std::ranges::min_element(options, {}, [&](const DateExpirationOption& option) {
+    return std::chrono::abs(*option.date(now) - *date);
+  });
+}
+
+DateExpirationOption DateExpirationOption::closest(std::optional<Date> date) {
+  return closest(date, thisMoment());
 }
 
 }  // namespace quillbay::core

@@ -3,6 +3,7 @@
 #include <QuillbayPlatform/Date.h>
 
 #include <optional>
+#include <vector>
 
 namespace quillbay::core {
 
@@ -17,6 +18,17 @@ class DateExpirationOption {
   static constexpr DateExpirationOption days(int count) { return {Unit::days, count}; }
   static constexpr DateExpirationOption months(int count) { return {Unit::months, count}; }
   static constexpr DateExpirationOption never() { return {Unit::never, 0}; }
+
+  /// What a form offers, shortest first: 30 minutes, 2 hours, 24 hours, 7 days, 30 days, 12 months,
+  /// never.
+  static std::vector<DateExpirationOption> defaultOptions();
+
+  /// The default option whose end, counted from `now`, lies nearest to `date`, the shorter of two
+  /// that are as near; never for an absent date, and for that alone.
+  static DateExpirationOption closest(std::optional<platform::Date> date, platform::Date now);
+
+  /// The same, counted from this moment.
+  static DateExpirationOption closest(std::optional<platform::Date> date);
 
   constexpr Unit unit() const { return unit_; }
   /// 0 for never.

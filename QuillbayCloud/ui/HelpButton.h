@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QAbstractButton>
+
+namespace quillbay::cloud {
+
+/// The round button with a question mark. Main thread.
+class HelpButton : public QAbstractButton {
+ public:
+  HelpButton();
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override { return sizeHint(); }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace quillbay::cloud

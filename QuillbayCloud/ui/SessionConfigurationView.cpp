@@ -1,0 +1,258 @@
+#include <QuillbayCloud/ui/ImageView.h>
+#include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
+#include <QuillbayCloud/ui/SessionConfigurationView.h>
+#include <QuillbayCore/DateExpirationOption.h>
+#include <QuillbayCore/Localized.h>
+#include <QuillbayPlatform/StringTable.h>
+#include <QuillbayPlatform/ui/Graphemes.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QGraphicsOpacityEffect>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <array>
+
+namespace quillbay::cloud {
+namespace {
+
+using core::DateExpirationOption;
+
+constexpr int kControlWidth = 145;
+constexpr int kPreviewSize = 80;
+constexpr int kRowSpacing = 14;
+constexpr int kColumnSpacing = 8;
+constexpr int kSectionSpacing = 24;
+constexpr int kContentInset = 16;
+constexpr qsizetype kMaximumFieldLength = 30;
+constexpr qreal kUnavailableOpacity = 0.4;
+constexpr std::array kRowsWithoutDirectLink = {0, 1, 4};
+
+QString text(std::string_view key) { return QString::fromStdString(Localized(key)); }
+
+QString unitText(const char* key, const DateExpirationOption& option) {
+  return QString::fromStdString(platform::formatted(core::Localized(key), option.count()));
+}
+
+QString expirationText(const DateExpirationOption& option) {
+  using Unit = DateExpirationOption::Unit;
+  switch (option.unit()) {
+    case Unit::minutes:
+      return unitText("date.minutes", option);
+    case Unit::hours:
+      return unitText("date.hours", option);
+    case Unit::days:
+      return unitText("date.days", option);
+    case Unit::months:
+      return unitText("date.months", option);
+    case Unit::never:
+      break;
+  }
+  return text("expiration.never");
+}
+
+QString linkTypeText(SessionLinkType linkType) {
+  switch (linkType) {
+    case SessionLinkType::directDownload:
+      return text("link-type.direct-download");
+    case SessionLinkType::directLink:
+      return text("link-type.direct");
+    case SessionLinkType::page:
+      break;
+  }
+  return text("link-type.page");
+}
+
+/// What a screen reader says for a control beside a label: "Title" for "Title:".
+QString spokenName(const char* labelKey) {
+  QString name = text(labelKey);
+  if (name.endsWith(':')) name.chop(1);
+  return name;
+}
+
+void setOpacity(QWidget& widget, qreal opacity) {
+  if (widget.graphicsEffect() == nullptr) {
+    widget.setGraphicsEffect(new QGraphicsOpacityEffect(&widget));
+  }
+  auto& effect = *static_cast<QGraphicsOpacityEffect*>(widget.graphicsEffect());
+  effect.setOpacity(opacity);
+  // An effect paints through a pixmap: only where it changes anything.
+  effect.setEnabled(opacity < 1);
+}
+
+/// Cuts what goes beyond the limit, and leaves the rest, the cursor and the steps to undo.
+void limitLength(QLineEdit& field) {
+  const QString before = field.text();
+  if (platform::graphemeCount(before) <= kMaximumFieldLength) return;
+  const auto kept = static_cast<int>(platform::firstGraphemes(before, kMaximumFieldLength).size());
+  const int cursor = qMin(field.cursorPosition(), kept);
+  field.setSelection(kept, static_cast<int>(before.size()) - kept);
+  field.del();
+  field.setCursorPosition(cursor);
+}
+
+}  // namespace
+
+SessionConfigurationView::SessionConfigurationView()
+    : titleTextField_(*new QLineEdit),
+      passwordTextField_(*new SecureFirstRespondableTextField),
+      linkExpirationButton_(*new QComboBox),
+      linkTypeButton_(*new QComboBox),
+      generatesLongLinkButton_(*new QCheckBox),
+      imageView_(*new ImageView),
+      gridView_(*new QGridLayout) {
+  setFrameStyle(QFrame::StyledPanel | QFrame::Plain);
+  setUpControls();
+  layOut();
+}
+
+void SessionConfigurationView::setUpControls() {
+  setUpTextField(titleTextField_, "title-label.title");
+  setUpTextField(passwordTextField_, "password-label.title");
+  const QString passwordRule = text("alert.invalid-password.message");
+  passwordTextField_.setToolTip(passwordRule);
+  passwordTextField_.setAccessibleDescription(passwordRule);
+
+  for (const DateExpirationOption& option : DateExpirationOption::defaultOptions()) {
+    linkExpirationButton_.addItem(expirationText(option));
+  }
+  linkExpirationButton_.setMinimumWidth(kControlWidth);
+  linkExpirationButton_.setAccessibleName(spokenName("expiration-label.title"));
+
+  for (const SessionLinkType linkType : SessionLinkType::allCases) {
+    linkTypeButton_.addItem(linkTypeText(linkType));
+  }
+  linkTypeButton_.setMinimumWidth(kControlWidth);
+  linkTypeButton_.setAccessibleName(spokenName("link-type-label.title"));
+  connect(&linkTypeButton_, &QComboBox::activated, this,
+          &SessionConfigurationView::updateControlStates);
+
+  imageView_.setFixedSize(kPreviewSize, kPreviewSize);
+}
+
+void SessionConfigurationView::setUpTextField(QLineEdit& field, const char* labelKey) {
+  field.setFrame(false);
+  QPalette palette = field.palette();
+  palette.setColor(QPalette::Base, Qt::transparent);
+  field.setPalette(palette);
+  field.setPlaceholderText(text("title-text-field.placeholder"));
+  field.setFixedWidth(kControlWidth);
+  field.setAccessibleName(spokenName(labelKey));
+  field.installEventFilter(this);
+  connect(&field, &QLineEdit::textEdited, &field, [&field] { limitLength(field); });
+}
+
+void SessionConfigurationView::layOut() {
+  gridView_.setVerticalSpacing(kRowSpacing);
+  gridView_.setHorizontalSpacing(kColumnSpacing);
+  struct Row {
+    const char* labelKey;
+    QWidget& control;
+  };
+  const std::array rows = {Row{"title-label.title", titleTextField_},
+                           Row{"password-label.title", passwordTextField_},
+                           Row{"expiration-label.title", linkExpirationButton_},
+                           Row{"link-type-label.title", linkTypeButton_}};
+  int index = 0;
+  for (const Row& row : rows) {
+    gridView_.addWidget(makeLabel(row.labelKey, row.control), index, 0,
+                        Qt::AlignRight | Qt::AlignVCenter);
+    gridView_.addWidget(&row.control, index, 1, Qt::AlignLeft | Qt::AlignVCenter);
+    ++index;
+  }
+  generatesLongLinkButton_.setText(mnemonics_.assign(text("long-links.title")));
+  gridView_.addWidget(&generatesLongLinkButton_, index, 1, Qt::AlignLeft | Qt::AlignVCenter);
+  gridView_.setColumnStretch(1, 1);
+
+  auto* const stack = new QHBoxLayout(this);
+  // The frame is a part of the form, and of its margin.
+  const int margin = kContentInset - frameWidth();
+  stack->setContentsMargins(margin, margin, margin, margin);
+  stack->setSpacing(kSectionSpacing);
+  stack->addLayout(&gridView_);
+  stack->setAlignment(&gridView_, Qt::AlignTop);
+  stack->addWidget(&imageView_, 0, Qt::AlignTop);
+
+  setTabOrder(&titleTextField_, &passwordTextField_);
+  setTabOrder(&passwordTextField_, &linkExpirationButton_);
+  setTabOrder(&linkExpirationButton_, &linkTypeButton_);
+  setTabOrder(&linkTypeButton_, &generatesLongLinkButton_);
+}
+
+QLabel* SessionConfigurationView::makeLabel(const char* key, QWidget& buddy) {
+  auto* const label = new QLabel;
+  // A text without a letter left would be taken for markup, should it look like it.
+  label->setTextFormat(Qt::PlainText);
+  label->setText(mnemonics_.assign(text(key)));
+  label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  label->setForegroundRole(QPalette::PlaceholderText);
+  label->setBuddy(&buddy);
+  return label;
+}
+
+QLabel& SessionConfigurationView::label(int row) const {
+  return *static_cast<QLabel*>(gridView_.itemAtPosition(row, 0)->widget());
+}
+
+SessionLinkType SessionConfigurationView::linkType() const {
+  return SessionLinkType::allCases.at(static_cast<std::size_t>(linkTypeButton_.currentIndex()));
+}
+
+std::optional<std::string> SessionConfigurationView::password() const {
+  if (linkType() == SessionLinkType::directLink) return std::nullopt;
+  return passwordTextField_.text().toStdString();
+}
+
+void SessionConfigurationView::didAppear() {
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        if (linkType() != SessionLinkType::directLink && window()->isVisible()) {
+          titleTextField_.setFocus(Qt::TabFocusReason);
+        }
+        updateControlStates();
+      },
+      Qt::QueuedConnection);
+}
+
+void SessionConfigurationView::updateControlStates() {
+  const bool isDirect = linkType() == SessionLinkType::directLink;
+  for (const int row : kRowsWithoutDirectLink) {
+    for (const int column : {0, 1}) {
+      const QLayoutItem* const cell = gridView_.itemAtPosition(row, column);
+      if (cell == nullptr) continue;
+      setOpacity(*cell->widget(), isDirect ? kUnavailableOpacity : 1);
+      cell->widget()->setEnabled(!isDirect);
+    }
+  }
+  passwordTextField_.setFirstResponderForbidden(isDirect);
+  update();
+}
+
+bool SessionConfigurationView::eventFilter(QObject* watched, QEvent* event) {
+  // The line below a field tells where the focus is.
+  if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+  return QFrame::eventFilter(watched, event);
+}
+
+void SessionConfigurationView::paintEvent(QPaintEvent* event) {
+  QFrame::paintEvent(event);
+  paintLineBelow(titleTextField_);
+  paintLineBelow(passwordTextField_);
+}
+
+void SessionConfigurationView::paintLineBelow(const QLineEdit& field) {
+  const bool hasFocus = field.hasFocus();
+  QPainter painter(this);
+  if (!field.isEnabled()) painter.setOpacity(kUnavailableOpacity);
+  const QRect area = field.geometry();
+  painter.fillRect(area.left(), area.bottom() + 1, area.width(), hasFocus ? 2 : 1,
+                   palette().color(hasFocus ? QPalette::Highlight : QPalette::Mid));
+}
+
+}  // namespace quillbay::cloud

@@ -1,0 +1,197 @@
+#include <QuillbayCloud/ui/HeaderTextField.h>
+#include <QuillbayCloud/ui/HelpButton.h>
+#include <QuillbayCloud/ui/ImageView.h>
+#include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
+#include <QuillbayCloud/ui/SessionConfigurationView.h>
+#include <QuillbayCloud/ui/ShareSheetLayout.h>
+#include <QuillbayCloud/ui/ShareViewController.h>
+#include <QuillbayCore/DateExpirationOption.h>
+#include <QuillbayCore/FormSheetContentView.h>
+#include <QuillbayPlatform/ui/Graphemes.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QUrl>
+#include <algorithm>
+#include <utility>
+
+namespace quillbay::cloud {
+namespace {
+
+using core::DateExpirationOption;
+
+constexpr qsizetype kMinimumPasswordLength = 4;
+constexpr int kLineHeightPercent = 130;
+constexpr const char* kProductLine = "Quillbay Cloud\n";
+constexpr const char* kInformationPage = "https://www.quillbay.example/services/quillbay-cloud";
+
+QString text(std::string_view key) { return QString::fromStdString(Localized(key)); }
+
+template <class Values, class Value>
+int indexOrFirst(const Values& values, const Value& value) {
+  const auto place = std::ranges::find(values, value);
+  return place == values.end() ? 0 : static_cast<int>(place - values.begin());
+}
+
+}  // namespace
+
+std::shared_ptr<ShareViewController> ShareViewController::create(Configuration configuration) {
+  return std::shared_ptr<ShareViewController>(new ShareViewController(std::move(configuration)));
+}
+
+ShareViewController::ShareViewController(Configuration configuration)
+    : configuration_(std::move(configuration)),
+      sessionConfiguration_(configuration_.sessionConfiguration()),
+      unloadedParts_(std::make_unique<QWidget>()),
+      brandingImageView_(new ImageView),
+      configurationView_(new SessionConfigurationView),
+      headerTextField_(new HeaderTextField),
+      helpButton_(new HelpButton),
+      cancelButton_(new QPushButton),
+      shareButton_(new QPushButton) {
+  for (QWidget* const part :
+       {static_cast<QWidget*>(headerTextField_), static_cast<QWidget*>(brandingImageView_),
+        static_cast<QWidget*>(configurationView_), static_cast<QWidget*>(helpButton_),
+        static_cast<QWidget*>(cancelButton_), static_cast<QWidget*>(shareButton_)}) {
+    part->setParent(unloadedParts_.get());
+  }
+  fillForm();
+  headerTextField_->setDocument(*makeHeaderText());
+
+  platform::Mnemonics& mnemonics = configurationView_->mnemonics();
+  shareButton_->setText(mnemonics.assign(text("share-window.share-button.title")));
+  shareButton_->setDefault(true);
+  cancelButton_->setText(mnemonics.assign(text("share-window.cancel-button.title")));
+  // Return presses a button that has the focus, as in every dialog.
+  cancelButton_->setAutoDefault(true);
+}
+
+ShareViewController::~ShareViewController() = default;
+
+std::unique_ptr<QTextDocument> ShareViewController::makeHeaderText() {
+  const QString description = text("share-window.description");
+  auto document = std::make_unique<QTextDocument>();
+  document->setDocumentMargin(0);
+
+  QTextCursor cursor(document.get());
+  QTextBlockFormat paragraph;
+  paragraph.setAlignment(Qt::AlignHCenter);
+  paragraph.setLineHeight(kLineHeightPercent, QTextBlockFormat::ProportionalHeight);
+  cursor.setBlockFormat(paragraph);
+  QTextCharFormat bold;
+  bold.setFontWeight(QFont::Bold);
+  cursor.insertText(kProductLine + description, bold);
+
+  const qsizetype start = (kProductLine + description).indexOf(description);
+  if (description.isEmpty()) return document;
+  cursor.setPosition(static_cast<int>(start));
+  cursor.setPosition(static_cast<int>(start + description.size()), QTextCursor::KeepAnchor);
+  QTextCharFormat regular;
+  regular.setFontWeight(QFont::Normal);
+  cursor.mergeCharFormat(regular);
+  return document;
+}
+
+const QImage& ShareViewController::brandingImage() const { return brandingImageView_->image(); }
+
+void ShareViewController::setBrandingImage(QImage image) {
+  brandingImageView_->setImage(std::move(image));
+}
+
+void ShareViewController::loadView() { setView(std::make_unique<core::FormSheetContentView>()); }
+
+void ShareViewController::viewDidLoad() {
+  ViewController::viewDidLoad();
+  connect(helpButton_, &QAbstractButton::clicked, this, [this] { didSelectHelpButton(); });
+  connect(cancelButton_, &QAbstractButton::clicked, this, [this] { didSelectCancelButton(); });
+  connect(shareButton_, &QAbstractButton::clicked, this, [this] { didSelectShareButton(); });
+
+  new ShareSheetLayout(view(), {*headerTextField_, *brandingImageView_, *configurationView_,
+                                *helpButton_, *cancelButton_, *shareButton_});
+  unloadedParts_.reset();
+  QWidget::setTabOrder(&configurationView_->generatesLongLinkButton(), helpButton_);
+  QWidget::setTabOrder(helpButton_, cancelButton_);
+  QWidget::setTabOrder(cancelButton_, shareButton_);
+}
+
+void ShareViewController::viewDidAppear() {
+  ViewController::viewDidAppear();
+  configurationView_->didAppear();
+}
+
+void ShareViewController::cancelOperation() { cancel(); }
+
+bool ShareViewController::performKeyEquivalent(const QKeyEvent& event) {
+  const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+  if (!isReturn || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
+  shareButton_->click();
+  return true;
+}
+
+void ShareViewController::didSelectCancelButton() { cancel(); }
+
+void ShareViewController::didSelectShareButton() { confirm(); }
+
+void ShareViewController::didSelectHelpButton() {
+  QDesktopServices::openUrl(QUrl(kInformationPage));
+}
+
+void ShareViewController::cancel() {
+  // A copy: the callback may set another, or release this object and the callback with it.
+  if (const OnCancel callback = onCancel_) callback();
+}
+
+void ShareViewController::confirm() {
+  const std::optional<std::string> password = configurationView_->password();
+  if (password && !password->empty() &&
+      platform::graphemeCount(QString::fromStdString(*password)) < kMinimumPasswordLength) {
+    return showInvalidPasswordAlert();
+  }
+  sessionConfiguration_ = readForm();
+  // A copy: see above.
+  if (const OnConfirm callback = onConfirm_) callback(sessionConfiguration_);
+}
+
+void ShareViewController::showInvalidPasswordAlert() {
+  QWidget* const window = view().window();
+  if (!window->isVisible()) return;
+  auto* const alert = new QMessageBox(QMessageBox::Warning, {}, {}, QMessageBox::Ok, window);
+  alert->setAttribute(Qt::WA_DeleteOnClose);
+  alert->setTextFormat(Qt::PlainText);
+  alert->setText(text("alert.invalid-password.title"));
+  alert->setInformativeText(text("alert.invalid-password.message"));
+  alert->setWindowModality(Qt::WindowModal);
+  alert->open();
+}
+
+void ShareViewController::fillForm() {
+  SessionConfigurationView& form = *configurationView_;
+  const SessionConfiguration& values = configuration_.sessionConfiguration();
+  form.imageView().setImage(configuration_.contentPreview());
+  form.titleTextField().setText(QString::fromStdString(values.title().value_or("")));
+  form.passwordTextField().setText(QString::fromStdString(values.password().value_or("")));
+  form.linkTypeButton().setCurrentIndex(indexOrFirst(SessionLinkType::allCases, values.linkType()));
+  form.linkExpirationButton().setCurrentIndex(
+      indexOrFirst(DateExpirationOption::defaultOptions(),
+                   DateExpirationOption::closest(values.expirationDate())));
+  form.generatesLongLinkButton().setChecked(values.secret());
+}
+
+SessionConfiguration ShareViewController::readForm() const {
+  const SessionConfigurationView& form = *configurationView_;
+  const auto options = DateExpirationOption::defaultOptions();
+  const auto option = static_cast<std::size_t>(form.linkExpirationButton().currentIndex());
+  return SessionConfiguration(form.titleTextField().text().toStdString(), options.at(option).date(),
+                              form.linkType(), form.password(),
+                              form.generatesLongLinkButton().isChecked());
+}
+
+}  // namespace quillbay::cloud

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <QuillbayCloud/model/SessionConfiguration.h>
+#include <QuillbayPlatform/ui/ViewController.h>
+
+#include <QImage>
+#include <functional>
+#include <memory>
+
+class QAbstractButton;
+class QPushButton;
+class QTextDocument;
+
+namespace quillbay::cloud {
+
+class HeaderTextField;
+class ImageView;
+class SessionConfigurationView;
+
+/// The share sheet: a form in which the user edits the choices for a link, with Share and Cancel
+/// buttons and a help button that opens the service's information page. It starts no upload and
+/// never dismisses itself: the host shows `view()` where it likes, and takes it away.
+///
+/// Return presses Share, Escape cancels. A password of one to three characters (grapheme clusters,
+/// Unicode Standard Annex #29) is refused with an alert, and nothing is reported.
+///
+/// Main thread only, with a running QApplication. Callbacks are called directly from the user's
+/// action, and may release the controller; see `platform::ViewController` for its lifetime. Their
+/// exceptions are not caught.
+class ShareViewController : public platform::ViewController {
+ public:
+  /// What the sheet starts with. An immutable value.
+  class Configuration {
+   public:
+    /// `sessionConfiguration` fills the form; an expiration becomes the nearest choice there is.
+    /// `contentPreview` is shown beside the form, at most 80 by 80 device-independent pixels.
+    Configuration(SessionConfiguration sessionConfiguration, QImage contentPreview)
+        : sessionConfiguration_(std::move(sessionConfiguration)),
+          contentPreview_(std::move(contentPreview)) {}
+
+    const SessionConfiguration& sessionConfiguration() const { return sessionConfiguration_; }
+    const QImage& contentPreview() const { return contentPreview_; }
+
+   private:
+    SessionConfiguration sessionConfiguration_;
+    QImage contentPreview_;
+  };
+
+  using OnConfirm = std::function<void(SessionConfiguration)>;
+  using OnCancel = std::function<void()>;
+
+  /// Builds all controls. Texts are in the language of this moment.
+  static std::shared_ptr<ShareViewController> create(Configuration configuration);
+  ~ShareViewController() override;
+
+  /// Called with what the user has confirmed, each time. The title and, but for a direct link, the
+  /// password are present, though they may be empty; the expiration counts from that moment.
+  const OnConfirm& onConfirm() const { return onConfirm_; }
+  void setOnConfirm(OnConfirm onConfirm) { onConfirm_ = std::move(onConfirm); }
+
+  /// Called for the Cancel button and for Escape.
+  const OnCancel& onCancel() const { return onCancel_; }
+  void setOnCancel(OnCancel onCancel) { onCancel_ = std::move(onCancel); }
+
+  /// Shown in its own size in the corner at the end of the first line; a null image is none.
+  const QImage& brandingImage() const;
+  void setBrandingImage(QImage image);
+
+  const Configuration& configuration() const { return configuration_; }
+
+  void loadView() override;
+  void viewDidLoad() override;
+  void viewDidAppear() override;
+  void cancelOperation() override;
+  bool performKeyEquivalent(const QKeyEvent& event) override;
+
+  void didSelectCancelButton();
+  void didSelectShareButton();
+  void didSelectHelpButton();
+
+  /// The last confirmed configuration; before, the one to start from.
+  const SessionConfiguration& sessionConfiguration() const { return sessionConfiguration_; }
+
+  // The parts of the view, for as long as the controller lives.
+  HeaderTextField& headerTextField() const { return *headerTextField_; }
+  SessionConfigurationView& configurationView() const { return *configurationView_; }
+  QAbstractButton& helpButton() const { return *helpButton_; }
+  QPushButton& cancelButton() const { return *cancelButton_; }
+  QPushButton& shareButton() const { return *shareButton_; }
+  ImageView& brandingImageView() const { return *brandingImageView_; }
+
+ private:
+  explicit ShareViewController(Configuration configuration);
+
+  void fillForm();
+  SessionConfiguration readForm() const;
+  void confirm();
+  void showInvalidPasswordAlert();
+  void cancel();
+  static std::unique_ptr<QTextDocument> makeHeaderText();
+
+  OnConfirm onConfirm_;
+  OnCancel onCancel_;
+  const Configuration configuration_;
+  SessionConfiguration sessionConfiguration_;
+
+  /// Holds the parts until the view takes them.
+  std::unique_ptr<QWidget> unloadedParts_;
+  ImageView* const brandingImageView_;
+  SessionConfigurationView* const configurationView_;
+  HeaderTextField* const headerTextField_;
+  QAbstractButton* const helpButton_;
+  QPushButton* const cancelButton_;
+  QPushButton* const shareButton_;
+};
+
+}  // namespace quillbay::cloud

@@ -1,0 +1,47 @@
+#include <QuillbayPlatform/ui/ViewController.h>
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+
+namespace quillbay::platform {
+
+ViewController::~ViewController() {
+  if (!view_) return;
+  view_->removeEventFilter(this);
+  // A button of the view may be the one that has just called.
+  view_->hide();
+  view_->deleteLater();
+}
+
+QWidget& ViewController::view() {
+  if (!view_) {
+    loadView();
+    viewDidLoad();
+  }
+  return *view_;
+}
+
+void ViewController::setView(std::unique_ptr<QWidget> view) {
+  view_ = view.release();
+  view_->installEventFilter(this);
+}
+
+void ViewController::loadView() { setView(std::make_unique<QWidget>()); }
+
+bool ViewController::eventFilter(QObject* watched, QEvent* event) {
+  if (watched != view_) return false;
+  if (event->type() == QEvent::Show && !event->spontaneous()) viewDidAppear();
+  // Keys come here only when the control with the focus has left them.
+  if (event->type() == QEvent::KeyPress) return keyPressed(*static_cast<QKeyEvent*>(event));
+  return false;
+}
+
+bool ViewController::keyPressed(const QKeyEvent& event) {
+  // Holding the key down is one wish, not many.
+  if (event.isAutoRepeat()) return false;
+  if (!event.matches(QKeySequence::Cancel)) return performKeyEquivalent(event);
+  cancelOperation();
+  return true;
+}
+
+}  // namespace quillbay::platform

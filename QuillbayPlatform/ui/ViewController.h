@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+#include <memory>
+
+class QKeyEvent;
+
+namespace quillbay::platform {
+
+/// Runs one view: builds it when it is first asked for, and learns when it appears and what keys
+/// nothing in it has used. Main thread only.
+///
+/// Lifetime: the view belongs to the controller, also while it stands in a window of the host. Let
+/// the controller go before that window. It may be released inside any of its own callbacks: its
+/// view is hidden at once and destroyed in the next turn of the event loop.
+class ViewController : public QObject {
+ public:
+  ViewController(const ViewController&) = delete;
+  ViewController& operator=(const ViewController&) = delete;
+  ~ViewController() override;
+
+  /// The view; the first call loads it (`loadView`, then `viewDidLoad`).
+  QWidget& view();
+  bool isViewLoaded() const { return view_ != nullptr; }
+
+  /// Hands over the view. For `loadView`.
+  void setView(std::unique_ptr<QWidget> view);
+
+  /// Creates the view; unless overridden, an empty one.
+  virtual void loadView();
+  /// Called once, when the view has been loaded.
+  virtual void viewDidLoad() {}
+  /// Called each time the view has been shown by the program.
+  virtual void viewDidAppear() {}
+  /// Called for Escape, where no control has used it.
+  virtual void cancelOperation() {}
+  /// Called for every other key that no control has used. Returns whether it was of use here.
+  virtual bool performKeyEquivalent(const QKeyEvent& /*event*/) { return false; }
+
+ protected:
+  ViewController() = default;
+
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  bool keyPressed(const QKeyEvent& event);
+
+  QPointer<QWidget> view_;
+};
+
+}  // namespace quillbay::platform
