@@ -1,16 +1,13 @@
 #include "CommandLine.h"
 
-#include <QuillbayPlatform/NetworkSettings.h>
-
-#include <algorithm>
 #include <initializer_list>
 #include <span>
 #include <string_view>
 #include <utility>
 
 #include "ExpirationArgument.h"
-#include "OptionTable.h"
-#include "PlainText.h"
+#include "hosts/common/OptionTable.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
@@ -78,8 +75,7 @@ struct RawCommon {
   bool json = false;
   bool quiet = false;
   bool verbose = false;
-  std::vector<std::string> connectTo;
-  std::optional<std::string> caBundlePath;
+  host::RawNetworkOptions network;
 };
 
 struct RawShare {
@@ -96,7 +92,7 @@ struct RawDelete {
 
 using Failure = std::unexpected<std::string>;
 
-void addCommonOptions(OptionTable& table, RawCommon& common) {
+void addCommonOptions(host::OptionTable& table, RawCommon& common) {
   table.addText("--instance", "ID",
                 "name of this installation for the service\n(default quillbay-cli)",
                 common.instanceIdentifier);
@@ -104,18 +100,12 @@ void addCommonOptions(OptionTable& table, RawCommon& common) {
                 common.json, "output");
   table.addFlag("--quiet", "print nothing but errors on standard error", common.quiet, "output");
   table.addFlag("--verbose", "print each step on standard error", common.verbose, "output");
-  table.addList("--connect-to", "HOST:PORT:HOST:PORT",
-                "send connections for the first host and port to the\n"
-                "second, as curl does (repeatable)",
-                common.connectTo);
-  table.addText("--cacert", "FILE",
-                "PEM file with the authorities to trust in place of\nthe system's",
-                common.caBundlePath);
+  common.network.addTo(table);
   table.addEnding("--help", "print this help", common.help);
 }
 
-OptionTable tableOf(RawShare& share) {
-  OptionTable table;
+host::OptionTable tableOf(RawShare& share) {
+  host::OptionTable table;
   ShareOptions& options = share.options;
   table.addText("--title", "TEXT", "title of the page that the link opens", options.title);
   table.addText("--expires", "WHEN", "when the link stops working (default never)", share.expires);
@@ -135,8 +125,8 @@ OptionTable tableOf(RawShare& share) {
   return table;
 }
 
-OptionTable tableOf(RawDelete& deletion) {
-  OptionTable table;
+host::OptionTable tableOf(RawDelete& deletion) {
+  host::OptionTable table;
   DeleteOptions& options = deletion.options;
   table.addText("--token", "TOKEN", "the session's token", options.token, "token");
   table.addText("--token-file", "FILE",
@@ -144,18 +134,6 @@ OptionTable tableOf(RawDelete& deletion) {
                 "token");
   addCommonOptions(table, deletion.common);
   return table;
-}
-
-std::vector<std::string> splitRoutes(std::string_view text) {
-  constexpr std::string_view kSeparators = ", \t\r\n";
-  std::vector<std::string> routes;
-  while (true) {
-    const std::size_t start = text.find_first_not_of(kSeparators);
-    if (start == std::string_view::npos) return routes;
-    const std::size_t end = std::min(text.find_first_of(kSeparators, start), text.size());
-    routes.emplace_back(text.substr(start, end - start));
-    text.remove_prefix(end);
-  }
 }
 
 OutputMode modeOf(const RawCommon& common) {
@@ -166,35 +144,26 @@ OutputMode modeOf(const RawCommon& common) {
 
 /// What is wrong with a text that is to be sent as JSON or as part of an address, if anything.
 std::optional<std::string> problemOf(const std::string& text, const char* name) {
-  if (!codePointCount(text)) return std::string(name) + " is not UTF-8 text";
+  if (!host::codePointCount(text)) return std::string(name) + " is not UTF-8 text";
   return std::nullopt;
 }
 
 std::expected<CommonOptions, std::string> checked(const RawCommon& raw,
-                                                  const Environment& environment) {
-  CommonOptions common{.instanceIdentifier = raw.instanceIdentifier.value_or("quillbay-cli"),
-                       .mode = modeOf(raw),
-                       .connectTo = raw.connectTo,
-                       .caBundlePath = raw.caBundlePath.value_or("")};
+                                                  const host::Environment& environment) {
+  CommonOptions common;
+  common.instanceIdentifier = raw.instanceIdentifier.value_or("quillbay-cli");
+  common.mode = modeOf(raw);
   if (common.instanceIdentifier.empty()) return Failure("--instance is empty");
   if (auto problem = problemOf(common.instanceIdentifier, "--instance")) return Failure(*problem);
-
-  const bool fromEnvironment = common.connectTo.empty();
-  if (fromEnvironment)
-    common.connectTo = splitRoutes(environment("QUILLBAY_CONNECT_TO").value_or(""));
-  for (const std::string& route : common.connectTo) {
-    if (platform::NetworkSettings::isValidRoute(route)) continue;
-    return Failure((fromEnvironment ? "QUILLBAY_CONNECT_TO: " : "--connect-to: ") +
-                   inQuotes(route) + " is not of the form HOST:PORT:HOST:PORT");
-  }
-
-  if (raw.caBundlePath && raw.caBundlePath->empty()) return Failure("--cacert is empty");
-  if (!raw.caBundlePath) common.caBundlePath = environment("QUILLBAY_CACERT").value_or("");
+  auto network = raw.network.checked(environment);
+  if (!network) return Failure(network.error());
+  common.network = std::move(*network);
   return common;
 }
 
 std::expected<Command, std::string> checked(RawShare& raw, std::vector<std::string> operands,
-                                            const Environment& environment, platform::Date now) {
+                                            const host::Environment& environment,
+                                            platform::Date now) {
   ShareOptions options = std::move(raw.options);
   if (operands.empty()) return Failure("which files? name at least one");
   options.files = std::move(operands);
@@ -208,7 +177,8 @@ std::expected<Command, std::string> checked(RawShare& raw, std::vector<std::stri
 
   const std::string link = raw.link.value_or("page");
   const auto linkType = cloud::SessionLinkType::fromRawValue(link);
-  if (!linkType) return Failure("--link: " + inQuotes(link) + " is not page, download or direct");
+  if (!linkType)
+    return Failure("--link: " + host::inQuotes(link) + " is not page, download or direct");
   options.linkType = *linkType;
   // As in the share sheet. Silence would publish what the user meant to protect.
   const bool hasPassword = options.askPassword || options.passwordFile;
@@ -224,18 +194,18 @@ std::expected<Command, std::string> checked(RawShare& raw, std::vector<std::stri
 
 std::expected<Command, std::string> checked(RawDelete& raw,
                                             const std::vector<std::string>& operands,
-                                            const Environment& environment) {
+                                            const host::Environment& environment) {
   DeleteOptions options = std::move(raw.options);
   if (operands.empty()) return Failure("which session? give its identifier");
   if (operands.size() > 1) {
-    return Failure("one session at a time; " + inQuotes(operands[1]) + " is one too many");
+    return Failure("one session at a time; " + host::inQuotes(operands[1]) + " is one too many");
   }
   options.sessionIdentifier = operands.front();
   const std::string& identifier = options.sessionIdentifier;
   if (identifier.empty()) return Failure("SESSION is empty");
   if (auto problem = problemOf(identifier, "SESSION")) return Failure(*problem);
   if (identifier.find("://") != std::string::npos) {
-    return Failure(inQuotes(identifier) +
+    return Failure(host::inQuotes(identifier) +
                    " is a link; SESSION is the \"id\" that 'quillbay share --json' prints");
   }
   if (!options.token && !options.tokenFile) {
@@ -266,10 +236,10 @@ Result refusedOr(std::expected<Command, std::string> command, const std::string&
   return std::move(*command);
 }
 
-Result parseShare(std::span<const std::string> arguments, const Environment& environment,
+Result parseShare(std::span<const std::string> arguments, const host::Environment& environment,
                   platform::Date now) {
   RawShare raw;
-  const OptionTable table = tableOf(raw);
+  const host::OptionTable table = tableOf(raw);
   auto operands = table.read(arguments);
   if (!operands) return refused(operands.error(), "quillbay share");
   if (raw.common.help) {
@@ -278,9 +248,9 @@ Result parseShare(std::span<const std::string> arguments, const Environment& env
   return refusedOr(checked(raw, std::move(*operands), environment, now), "quillbay share");
 }
 
-Result parseDelete(std::span<const std::string> arguments, const Environment& environment) {
+Result parseDelete(std::span<const std::string> arguments, const host::Environment& environment) {
   RawDelete raw;
-  const OptionTable table = tableOf(raw);
+  const host::OptionTable table = tableOf(raw);
   auto operands = table.read(arguments);
   if (!operands) return refused(operands.error(), "quillbay delete");
   if (raw.common.help) {
@@ -291,8 +261,8 @@ Result parseDelete(std::span<const std::string> arguments, const Environment& en
 
 }  // namespace
 
-Result parseCommandLine(std::span<const std::string> arguments, const Environment& environment,
-                        platform::Date now) {
+Result parseCommandLine(std::span<const std::string> arguments,
+                        const host::Environment& environment, platform::Date now) {
   if (arguments.empty()) return refused("which command? share or delete", "quillbay");
   const std::string& first = arguments.front();
   if (first == "--help") return printed({kUsage, kExitStatusHelp});
@@ -300,7 +270,7 @@ Result parseCommandLine(std::span<const std::string> arguments, const Environmen
   if (first == "share") return parseShare(arguments.subspan(1), environment, now);
   if (first == "delete") return parseDelete(arguments.subspan(1), environment);
   const char* kind = first.starts_with('-') ? "unknown option " : "unknown command ";
-  return refused(kind + inQuotes(first), "quillbay");
+  return refused(kind + host::inQuotes(first), "quillbay");
 }
 
 }  // namespace quillbay::cli

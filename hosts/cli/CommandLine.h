@@ -4,7 +4,6 @@
 #include <QuillbayPlatform/Date.h>
 
 #include <expected>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "ExitStatus.h"
+#include "hosts/common/NetworkOptions.h"
 
 namespace quillbay::cli {
 
@@ -21,10 +21,7 @@ enum class OutputMode { plain, json, quiet, verbose };
 struct CommonOptions {
   std::string instanceIdentifier;
   OutputMode mode = OutputMode::plain;
-  /// Valid routes; from the command line, or else from QUILLBAY_CONNECT_TO.
-  std::vector<std::string> connectTo;
-  /// From the command line, or else from QUILLBAY_CACERT; empty: the system's authorities.
-  std::string caBundlePath;
+  host::NetworkOptions network;
 };
 
 struct ShareOptions {
@@ -57,12 +54,9 @@ struct CommandLineEnd {
   std::string text;
 };
 
-/// Looks up a variable of the environment; absent when it is not set.
-using Environment = std::function<std::optional<std::string>(const char* name)>;
-
 /// Reads the arguments after the program's name. Touches no file.
 std::expected<Command, CommandLineEnd> parseCommandLine(std::span<const std::string> arguments,
-                                                        const Environment& environment,
+                                                        const host::Environment& environment,
                                                         platform::Date now);
 
 }  // namespace quillbay::cli

@@ -5,8 +5,8 @@
 
 #include "Console.h"
 #include "ErrorMessage.h"
-#include "PlainText.h"
 #include "ResultOutput.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 
@@ -29,13 +29,13 @@ void DeleteRun::cancel() {
   status_ = ExitStatus::cancelled;
   console_.clearStatus();
   console_.printError("cancelled before the service answered: session " +
-                      inQuotes(sessionIdentifier_) + " may be deleted, or not");
+                      host::inQuotes(sessionIdentifier_) + " may be deleted, or not");
 }
 
 void DeleteRun::tick(Clock::time_point now) {
   if (status_) return;
   console_.setStatus("Deleting the session  " +
-                     durationText(std::chrono::floor<std::chrono::seconds>(now - start_)));
+                     host::durationText(std::chrono::floor<std::chrono::seconds>(now - start_)));
 }
 
 void DeleteRun::completed(const std::expected<void, cloud::QuillbayCloudError>& result) {

@@ -2,13 +2,13 @@
 
 #include <string_view>
 
-#include "PlainText.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
 
 using Case = FailureReport::Case;
-using Step = RunJournal::Step;
+using Step = host::RunJournal::Step;
 
 std::string failedText(Step step, const std::string& fileName) {
   switch (step) {
@@ -27,7 +27,7 @@ std::string failedText(Step step, const std::string& fileName) {
 }
 
 std::string withDetail(std::string text, const FailureReport& report, const std::string& detail) {
-  const std::string message = plainLine(report.description.value_or(""));
+  const std::string message = host::plainLine(report.description.value_or(""));
   if (!message.empty()) text += ": " + message;
   return text + " (" + detail + ")";
 }
@@ -71,12 +71,12 @@ std::vector<std::string> lines(std::string failure, std::string whatToDo) {
 std::string reasonText(const FailureReport& report) {
   switch (report.kind) {
     case Case::aws:
-      return withDetail("the store refused it", report, plainLine(report.code.value_or("")));
+      return withDetail("the store refused it", report, host::plainLine(report.code.value_or("")));
     case Case::webservice:
       return withDetail("the service refused", report,
                         "status " + std::to_string(report.status.value_or(0)));
     case Case::underlying:
-      return plainLine(report.description ? *report.description : report.cause);
+      return host::plainLine(report.description ? *report.description : report.cause);
     case Case::invalidFile:
       return "a file vanished, cannot be read, or has a name that cannot be sent";
     case Case::invalidResponse:
@@ -97,10 +97,10 @@ std::vector<std::string> shareFailureLines(const FailureReport& report, Step ste
 std::vector<std::string> deletionFailureLines(const FailureReport& report,
                                               const std::string& sessionIdentifier) {
   const bool isRefused = report.kind == Case::webservice && report.status.value_or(0) < 500;
-  return lines("session " + inQuotes(sessionIdentifier) + " was not deleted: " + reasonText(report),
-               isRefused
-                   ? "check the identifier, the token and --instance; it may be deleted already"
-                   : advice(report));
+  return lines(
+      "session " + host::inQuotes(sessionIdentifier) + " was not deleted: " + reasonText(report),
+      isRefused ? "check the identifier, the token and --instance; it may be deleted already"
+                : advice(report));
 }
 
 }  // namespace quillbay::cli

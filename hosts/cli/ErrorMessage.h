@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "FailureReport.h"
-#include "RunJournal.h"
+#include "hosts/common/RunJournal.h"
 
 namespace quillbay::cli {
 
@@ -13,7 +13,7 @@ namespace quillbay::cli {
 /// text.
 
 /// A run failed at `step`; `fileName` is the file of that step, as it is to be shown.
-std::vector<std::string> shareFailureLines(const FailureReport& report, RunJournal::Step step,
+std::vector<std::string> shareFailureLines(const FailureReport& report, host::RunJournal::Step step,
                                            const std::string& fileName);
 
 /// The deletion that the user asked for failed.

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "PlainText.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
@@ -132,7 +132,7 @@ std::optional<DateExpirationOption> optionOf(std::string_view unit, int count) {
 }
 
 std::unexpected<std::string> refused(std::string_view text, std::string_view why) {
-  return std::unexpected(inQuotes(text) + " " + std::string(why));
+  return std::unexpected(host::inQuotes(text) + " " + std::string(why));
 }
 
 std::unexpected<std::string> notUnderstood(std::string_view text) {

@@ -11,8 +11,8 @@
 #include <set>
 #include <utility>
 
-#include "FileDescriptor.h"
-#include "PlainText.h"
+#include "hosts/common/FileDescriptor.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
@@ -32,7 +32,7 @@ FileList::FileList(std::vector<std::string> paths)
   for (const std::string& path : paths_) urls_.push_back(platform::URL::fileURL(path));
 }
 
-std::string FileList::name(std::size_t index) const { return inQuotes(paths_[index]); }
+std::string FileList::name(std::size_t index) const { return host::inQuotes(paths_[index]); }
 
 std::vector<std::string> FileList::findProblems() {
   std::vector<std::string> problems = repetitions();
@@ -59,11 +59,12 @@ std::string FileList::problem(std::size_t index) {
   identities_[index] = {true, status.st_dev, status.st_ino};
   byteCounts_[index] = static_cast<std::uint64_t>(status.st_size);
   // Without blocking and without a controlling terminal, should it have changed its kind.
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const host::FileDescriptor file(
+      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file.isOpen()) return name(index) + ": " + std::strerror(errno);
   const std::size_t slash = path.rfind('/');
   const std::string baseName = path.substr(slash == std::string::npos ? 0 : slash + 1);
-  if (!codePointCount(baseName))
+  if (!host::codePointCount(baseName))
     return name(index) + ": the name is not UTF-8 text; rename the file";
   return {};
 }

@@ -3,23 +3,24 @@
 #include <string>
 
 #include "Console.h"
-#include "PlainText.h"
-#include "RunJournal.h"
+#include "hosts/common/PlainText.h"
+#include "hosts/common/RunJournal.h"
 
 namespace quillbay::cli {
 namespace {
 
 void print(Console& console, std::string_view level, std::string_view function,
            std::string_view message) {
-  console.printLine(std::string(level) + " " + std::string(function) + ": " + plainLine(message));
+  console.printLine(std::string(level) + " " + std::string(function) + ": " +
+                    host::plainLine(message));
 }
 
 }  // namespace
 
-RunJournal* HostLogger::journal_ = nullptr;
+host::RunJournal* HostLogger::journal_ = nullptr;
 Console* HostLogger::console_ = nullptr;
 
-void HostLogger::install(RunJournal& journal, Console* console) {
+void HostLogger::install(host::RunJournal& journal, Console* console) {
   journal_ = &journal;
   console_ = console;
   cloud::Configuration::setLog<HostLogger>();

@@ -5,10 +5,13 @@
 #include <any>
 #include <string_view>
 
+namespace quillbay::host {
+class RunJournal;
+}
+
 namespace quillbay::cli {
 
 class Console;
-class RunJournal;
 
 /// The library's logger: keeps the journal, and with --verbose prints every message. Called on any
 /// thread.
@@ -17,7 +20,7 @@ class HostLogger {
   HostLogger() = delete;
 
   /// Both must live as long as the library's threads; `console` is null without --verbose.
-  static void install(RunJournal& journal, Console* console);
+  static void install(host::RunJournal& journal, Console* console);
 
   static void debug(const cloud::Configuration::LogMessage& message, std::string_view file,
                     std::string_view function, int line, const std::any& context);
@@ -25,7 +28,7 @@ class HostLogger {
                     std::string_view function, int line, const std::any& context);
 
  private:
-  static RunJournal* journal_;
+  static host::RunJournal* journal_;
   static Console* console_;
 };
 

@@ -34,12 +34,12 @@ sigset_t signalsToWatch() {
   return signals;
 }
 
-FileDescriptor opened(int descriptor, const char* what) {
+host::FileDescriptor opened(int descriptor, const char* what) {
   if (descriptor < 0) throw std::system_error(errno, std::generic_category(), what);
-  return FileDescriptor(descriptor);
+  return host::FileDescriptor(descriptor);
 }
 
-void raiseEvent(const FileDescriptor& event) {
+void raiseEvent(const host::FileDescriptor& event) {
   const std::uint64_t one = 1;
   static_cast<void>(::write(event.get(), &one, sizeof one) == 0);
 }

@@ -6,7 +6,7 @@
 #include <functional>
 #include <thread>
 
-#include "FileDescriptor.h"
+#include "hosts/common/FileDescriptor.h"
 
 namespace quillbay::cli {
 
@@ -42,9 +42,9 @@ class Interruption {
 
   const std::function<void()> beforeAbruptEnd_;
   std::function<void()> handler_;
-  FileDescriptor signals_;
-  FileDescriptor occurrence_;
-  FileDescriptor stop_;
+  host::FileDescriptor signals_;
+  host::FileDescriptor occurrence_;
+  host::FileDescriptor stop_;
   std::atomic<bool> hasOccurred_ = false;
   std::thread thread_;
 };

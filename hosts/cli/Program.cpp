@@ -1,26 +1,20 @@
 #include "Program.h"
 
-#include <QuillbayPlatform/NetworkSettings.h>
-
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "Console.h"
 #include "DeleteRun.h"
-#include "FileDescriptor.h"
 #include "FileList.h"
 #include "HostLogger.h"
 #include "Interruption.h"
-#include "PlainText.h"
 #include "ResultOutput.h"
-#include "RunJournal.h"
 #include "RunLoop.h"
 #include "ShareRun.h"
 #include "TerminalProgress.h"
+#include "hosts/common/PlainText.h"
+#include "hosts/common/RunJournal.h"
 
 namespace quillbay::cli {
 namespace {
@@ -29,8 +23,8 @@ namespace {
 constexpr std::size_t kLeastPasswordCharacters = 4;
 
 /// The library's threads may write to it until the process ends.
-RunJournal& sharedJournal() {
-  static RunJournal journal;
+host::RunJournal& sharedJournal() {
+  static host::RunJournal journal;
   return journal;
 }
 
@@ -74,7 +68,7 @@ std::expected<std::optional<std::string>, SecretSource::Failure> Program::passwo
   auto password = options.askPassword ? source.askPassword()
                                       : source.readFile(*options.passwordFile, "password");
   if (!password) return std::unexpected(std::move(password.error()));
-  if (codePointCount(*password).value_or(0) < kLeastPasswordCharacters) {
+  if (host::codePointCount(*password).value_or(0) < kLeastPasswordCharacters) {
     return std::unexpected(SecretSource::Failure{
         ExitStatus::usage, "the password is too short: it needs at least 4 characters"});
   }
@@ -87,17 +81,10 @@ SecretSource::Result Program::token(const DeleteOptions& options) const {
 }
 
 bool Program::prepare(const CommonOptions& options) const {
-  const std::string& bundle = options.caBundlePath;
-  if (!bundle.empty()) {
-    const FileDescriptor file(::open(bundle.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!file.isOpen()) {
-      console_.printError("cannot read the certificates in " + inQuotes(bundle) + ": " +
-                          std::strerror(errno));
-      return false;
-    }
+  if (const auto problem = options.network.apply()) {
+    console_.printError(*problem);
+    return false;
   }
-  platform::NetworkSettings::set(
-      {.connectTo = options.connectTo, .caBundlePath = bundle, .proxy = {}});
   HostLogger::install(sharedJournal(), options.mode == OutputMode::verbose ? &console_ : nullptr);
   return true;
 }

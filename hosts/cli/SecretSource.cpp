@@ -11,10 +11,10 @@
 #include <optional>
 #include <utility>
 
-#include "FileDescriptor.h"
 #include "Interruption.h"
-#include "PlainText.h"
 #include "StandardStreams.h"
+#include "hosts/common/FileDescriptor.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
@@ -60,11 +60,11 @@ class HiddenInput {
 SecretSource::Result SecretSource::readFile(const std::string& path,
                                             const std::string& name) const {
   const bool isStandardInput = path == "-";
-  const std::string origin = isStandardInput ? "standard input" : inQuotes(path);
-  FileDescriptor file;
+  const std::string origin = isStandardInput ? "standard input" : host::inQuotes(path);
+  host::FileDescriptor file;
   if (!isStandardInput) {
     // Without blocking: Ctrl-C must end the wait for somebody to open a FIFO's other end, too.
-    file = FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    file = host::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen()) {
       return failed("cannot read the " + name + " from " + origin + ": " + std::strerror(errno));
     }
@@ -75,7 +75,8 @@ SecretSource::Result SecretSource::readFile(const std::string& path,
   if (!line) return line;
   if (line->empty())
     return failed("the first line of " + origin + " is empty; a " + name + " should stand there");
-  if (!codePointCount(*line)) return failed("the " + name + " in " + origin + " is not UTF-8 text");
+  if (!host::codePointCount(*line))
+    return failed("the " + name + " in " + origin + " is not UTF-8 text");
   return line;
 }
 
@@ -102,7 +103,7 @@ SecretSource::Result SecretSource::readLine(int descriptor, const std::string& f
 }
 
 SecretSource::Result SecretSource::askPassword() const {
-  const FileDescriptor terminal(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
+  const host::FileDescriptor terminal(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY));
   if (!terminal.isOpen()) {
     return failed("there is no terminal to ask for the password on; use --password-file");
   }
@@ -110,7 +111,7 @@ SecretSource::Result SecretSource::askPassword() const {
     auto first = prompt(terminal.get(), "Password for the link: ");
     if (!first) return first;
     if (first->empty()) return failed("the password is empty");
-    if (!codePointCount(*first)) return failed("the password is not UTF-8 text");
+    if (!host::codePointCount(*first)) return failed("the password is not UTF-8 text");
     auto second = prompt(terminal.get(), "The same again: ");
     if (!second || *first == *second) return second;
     writeAll(terminal.get(), "They differ. Please try again.\n");

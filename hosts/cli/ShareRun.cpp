@@ -8,10 +8,10 @@
 #include "Console.h"
 #include "ErrorMessage.h"
 #include "FileList.h"
-#include "PlainText.h"
 #include "ResultOutput.h"
-#include "RunJournal.h"
 #include "TerminalProgress.h"
+#include "hosts/common/PlainText.h"
+#include "hosts/common/RunJournal.h"
 
 namespace quillbay::cli {
 namespace {
@@ -62,7 +62,7 @@ void ShareRun::cancel() {
   console_.setStatus("Cancelling...");
   if (session_) return cleanUp(kCancelBound);
   // Once it is asked for, a session may come into being that nobody would know of.
-  if (journal_.step() == RunJournal::Step::creatingSession) return;
+  if (journal_.step() == host::RunJournal::Step::creatingSession) return;
   console_.clearStatus();
   console_.printNote("quillbay: cancelled; nothing was shared");
   end();
@@ -92,9 +92,9 @@ void ShareRun::completed(const std::expected<cloud::Session, cloud::QuillbayClou
   output_.done();
   if (output_.writeError() != 0) return loseOutput();
   status_ = ExitStatus::success;
-  console_.printNote("Shared " + fileCountText(files_.count()) + " (" +
-                     byteCountText(files_.totalByteCount()) + ") in " +
-                     durationText(progress_.elapsed(Clock::now())) + ".");
+  console_.printNote("Shared " + host::fileCountText(files_.count()) + " (" +
+                     host::byteCountText(files_.totalByteCount()) + ") in " +
+                     host::durationText(progress_.elapsed(Clock::now())) + ".");
   end();
 }
 

@@ -11,12 +11,15 @@
 #include "ExitStatus.h"
 #include "FailureReport.h"
 
+namespace quillbay::host {
+class RunJournal;
+}
+
 namespace quillbay::cli {
 
 class Console;
 class FileList;
 class ResultOutput;
-class RunJournal;
 class TerminalProgress;
 
 /// One share from its first fingerprint to the exit status: what is printed when, and what becomes
@@ -29,7 +32,7 @@ class ShareRun {
   /// What the run works with. All of it outlives the run.
   struct Surroundings {
     FileList& files;
-    RunJournal& journal;
+    host::RunJournal& journal;
     ResultOutput& output;
     Console& console;
     TerminalProgress& progress;
@@ -72,7 +75,7 @@ class ShareRun {
   const std::shared_ptr<cloud::SessionController> controller_;
   const bool keep_;
   FileList& files_;
-  RunJournal& journal_;
+  host::RunJournal& journal_;
   ResultOutput& output_;
   Console& console_;
   TerminalProgress& progress_;

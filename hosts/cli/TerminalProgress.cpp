@@ -10,12 +10,12 @@
 
 #include "Console.h"
 #include "FileList.h"
-#include "PlainText.h"
+#include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
 
-using Step = RunJournal::Step;
+using Step = host::RunJournal::Step;
 
 constexpr std::size_t kLeastBarColumns = 10;
 constexpr std::size_t kMostBarColumns = 40;
@@ -64,9 +64,9 @@ std::string UploadLine::text(const LineStyle& style) const {
   std::snprintf(percent.data(), percent.size(), "%3d %%",
                 static_cast<int>(std::floor(std::clamp(fraction, 0.0, 1.0) * 100)));
 
-  std::string files = std::to_string(filesDone) + " of " + fileCountText(fileCount);
-  std::string left = remaining ? durationText(*remaining) + " left" : "";
-  std::string past = durationText(elapsed) + " elapsed";
+  std::string files = std::to_string(filesDone) + " of " + host::fileCountText(fileCount);
+  std::string left = remaining ? host::durationText(*remaining) + " left" : "";
+  std::string past = host::durationText(elapsed) + " elapsed";
   // From the least to the most wanted: the first ones give way on a narrow terminal.
   std::array<std::string*, 3> pieces = {&past, &left, &files};
   const std::size_t barFrame = style.unicode ? 0 : 2;
@@ -97,7 +97,8 @@ TerminalProgress::TerminalProgress(Console& console, const FileList& files, Cloc
       style_(LineStyle::ofEnvironment()),
       uploadStart_(start) {}
 
-void TerminalProgress::show(const RunJournal& journal, double fraction, Clock::time_point now) {
+void TerminalProgress::show(const host::RunJournal& journal, double fraction,
+                            Clock::time_point now) {
   if (!console_.showsStatus()) return;
   style_.columnCount = console_.columnCount();
   switch (journal.step()) {
@@ -115,13 +116,13 @@ std::chrono::seconds TerminalProgress::elapsed(Clock::time_point now) const {
 }
 
 std::string TerminalProgress::waitingText(const char* activity, Clock::time_point now) const {
-  const std::string text = std::string(activity) + " " + fileCountText(files_.count()) + " (" +
-                           byteCountText(files_.totalByteCount()) + ")  " +
-                           durationText(elapsed(now));
+  const std::string text = std::string(activity) + " " + host::fileCountText(files_.count()) +
+                           " (" + host::byteCountText(files_.totalByteCount()) + ")  " +
+                           host::durationText(elapsed(now));
   return text.substr(0, style_.columnCount);
 }
 
-std::string TerminalProgress::uploadText(const RunJournal& journal, double fraction,
+std::string TerminalProgress::uploadText(const host::RunJournal& journal, double fraction,
                                          Clock::time_point now) {
   if (!estimate_) {
     estimate_.emplace(files_.byteCounts(), now);

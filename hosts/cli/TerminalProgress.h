@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "RunJournal.h"
-#include "TransferEstimate.h"
+#include "hosts/common/RunJournal.h"
+#include "hosts/common/TransferEstimate.h"
 
 namespace quillbay::cli {
 
@@ -40,24 +40,24 @@ struct UploadLine {
 /// thread only.
 class TerminalProgress {
  public:
-  using Clock = TransferEstimate::Clock;
+  using Clock = host::TransferEstimate::Clock;
 
   TerminalProgress(Console& console, const FileList& files, Clock::time_point start);
 
   /// Shows where the run is. Call it at most ten times a second.
-  void show(const RunJournal& journal, double fraction, Clock::time_point now);
+  void show(const host::RunJournal& journal, double fraction, Clock::time_point now);
 
   std::chrono::seconds elapsed(Clock::time_point now) const;
 
  private:
   std::string waitingText(const char* activity, Clock::time_point now) const;
-  std::string uploadText(const RunJournal& journal, double fraction, Clock::time_point now);
+  std::string uploadText(const host::RunJournal& journal, double fraction, Clock::time_point now);
 
   Console& console_;
   const FileList& files_;
   const Clock::time_point start_;
   LineStyle style_;
-  std::optional<TransferEstimate> estimate_;
+  std::optional<host::TransferEstimate> estimate_;
   Clock::time_point uploadStart_;
 };
 

@@ -54,8 +54,8 @@ TEST(CommandLine, everyShareOptionReachesItsField) {
   EXPECT_EQ(options.common.instanceIdentifier, "office");
   EXPECT_TRUE(options.keep);
   EXPECT_EQ(options.common.mode, OutputMode::json);
-  EXPECT_EQ(options.common.connectTo, (Arguments{"a:1:b:2", ":1:[::1]:2"}));
-  EXPECT_EQ(options.common.caBundlePath, "ca.pem");
+  EXPECT_EQ(options.common.network.connectTo, (Arguments{"a:1:b:2", ":1:[::1]:2"}));
+  EXPECT_EQ(options.common.network.caBundlePath, "ca.pem");
 }
 
 TEST(CommandLine, withoutOptionsTheDefaultsAndTheEnvironmentHold) {
@@ -67,8 +67,8 @@ TEST(CommandLine, withoutOptionsTheDefaultsAndTheEnvironmentHold) {
   EXPECT_EQ(options.linkType, cloud::SessionLinkType::page);
   EXPECT_EQ(options.common.instanceIdentifier, "quillbay-cli");
   EXPECT_EQ(options.common.mode, OutputMode::plain);
-  EXPECT_EQ(options.common.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
-  EXPECT_EQ(options.common.caBundlePath, "ca.pem");
+  EXPECT_EQ(options.common.network.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
+  EXPECT_EQ(options.common.network.caBundlePath, "ca.pem");
 }
 
 TEST(CommandLine, deleteTakesOneSessionAndItsToken) {

@@ -10,7 +10,7 @@ namespace quillbay::cli {
 namespace {
 
 using Case = FailureReport::Case;
-using Step = RunJournal::Step;
+using Step = host::RunJournal::Step;
 
 struct Row {
   const char* name;

@@ -1,10 +1,10 @@
-#include "hosts/cli/PlainText.h"
+#include "hosts/common/PlainText.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 namespace {
 
 TEST(PlainText, textsOfServersCannotDriveATerminal) {
@@ -44,4 +44,4 @@ TEST(PlainText, sizesAndTimesReadWell) {
 }
 
 }  // namespace
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

@@ -12,7 +12,7 @@
 #include <ostream>
 #include <string>
 
-#include "hosts/cli/FileDescriptor.h"
+#include "hosts/common/FileDescriptor.h"
 
 namespace quillbay::cli {
 namespace {
@@ -34,9 +34,9 @@ using Use = std::function<void(ResultOutput&)>;
 std::string written(Maker make, const Use& use) {
   std::array<int, 2> ends{};
   EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
-  const FileDescriptor source(ends[0]);
+  const host::FileDescriptor source(ends[0]);
   {
-    const FileDescriptor sink(ends[1]);
+    const host::FileDescriptor sink(ends[1]);
     use(*make(sink.get()));
   }
   std::string text;
@@ -137,7 +137,7 @@ TEST(ResultOutput, plainOutputIsTheLinkAlone) {
 }
 
 TEST(ResultOutput, aFailedWriteIsRememberedWithItsReason) {
-  const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+  const host::FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
   const auto output = ResultOutput::plain(full.get());
   output->sessionCreated(session(kFullSession));
   EXPECT_EQ(output->writeError(), ENOSPC);

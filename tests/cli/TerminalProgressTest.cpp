@@ -35,15 +35,15 @@ TEST(UploadLine, isColouredOnlyWhereColoursAreWanted) {
   EXPECT_NE(kLine.text({.colours = true}).find("\x1b[32m"), std::string::npos);
 }
 
-TransferEstimate::Clock::time_point at(double secondCount) {
-  return TransferEstimate::Clock::time_point(
-      std::chrono::duration_cast<TransferEstimate::Clock::duration>(
+host::TransferEstimate::Clock::time_point at(double secondCount) {
+  return host::TransferEstimate::Clock::time_point(
+      std::chrono::duration_cast<host::TransferEstimate::Clock::duration>(
           std::chrono::duration<double>(secondCount)));
 }
 
 TEST(TransferEstimate, aSmallFileIsASmallPartOfTheWork) {
   // The last of the list goes first.
-  TransferEstimate estimate({1'000'000'000, 1000}, at(0));
+  host::TransferEstimate estimate({1'000'000'000, 1000}, at(0));
   estimate.update(0.5, at(1));
   EXPECT_LT(estimate.fraction(), 0.01);
   estimate.update(0.75, at(2));
@@ -53,7 +53,7 @@ TEST(TransferEstimate, aSmallFileIsASmallPartOfTheWork) {
 }
 
 TEST(TransferEstimate, theRemainingTimeFollowsTheSpeedOfTheLastSeconds) {
-  TransferEstimate estimate({100'000'000}, at(0));
+  host::TransferEstimate estimate({100'000'000}, at(0));
   EXPECT_EQ(estimate.remaining(), std::nullopt);
   for (int step = 1; step <= 100; ++step) estimate.update(step * 0.001, at(step * 0.1));
   EXPECT_NEAR(static_cast<double>(estimate.remaining()->count()), 90, 2);
@@ -62,7 +62,7 @@ TEST(TransferEstimate, theRemainingTimeFollowsTheSpeedOfTheLastSeconds) {
 }
 
 TEST(TransferEstimate, emptyFilesAndFractionsOutOfRangeDoNoHarm) {
-  TransferEstimate estimate({0, 0}, at(0));
+  host::TransferEstimate estimate({0, 0}, at(0));
   estimate.update(-1, at(0));
   EXPECT_EQ(estimate.fraction(), 0);
   estimate.update(2, at(1));

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 
 /// Owns one file descriptor, or none (-1).
 class FileDescriptor {
@@ -28,4 +28,4 @@ class FileDescriptor {
   int descriptor_ = -1;
 };
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

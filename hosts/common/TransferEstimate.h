@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 
 /// How far the upload of several files is, and how long the rest will take. The library counts
 /// every file alike, whatever its size; people wait for bytes.
@@ -37,4 +37,4 @@ class TransferEstimate {
   double speed_ = 0;
 };
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

@@ -1,6 +1,11 @@
 #include "RunJournal.h"
 
-namespace quillbay::cli {
+namespace quillbay::host {
+
+void RunJournal::restart() {
+  step_ = Step::fingerprinting;
+  filesDone_ = 0;
+}
 
 void RunJournal::note(std::string_view function, std::string_view message) {
   if (function == "createSession(sessionCreation:completion:)") {
@@ -15,4 +20,4 @@ void RunJournal::note(std::string_view function, std::string_view message) {
   }
 }
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

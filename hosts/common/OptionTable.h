@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 
 /// The options of one command: reads them from arguments, and describes them for its help.
 ///
@@ -55,4 +55,4 @@ class OptionTable {
   std::vector<Rule> rules_;
 };
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

@@ -5,7 +5,7 @@
 
 #include "PlainText.h"
 
-namespace quillbay::cli {
+namespace quillbay::host {
 namespace {
 
 constexpr std::size_t kHelpColumn = 26;
@@ -115,4 +115,4 @@ const OptionTable::Rule* OptionTable::find(std::string_view name) const {
   return rule == rules_.end() ? nullptr : &*rule;
 }
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 
 /// What a run is doing, gathered from the library's log: its only account of the single steps. It
 /// tells which file is meant when a run fails, and how many have arrived. Any thread.
@@ -18,6 +18,8 @@ class RunJournal {
     finalizing,
   };
 
+  /// A new run begins.
+  void restart();
   /// Takes a debug message of the library: the operation's name and the text.
   void note(std::string_view function, std::string_view message);
   /// The session exists, which the library does not log.
@@ -32,4 +34,4 @@ class RunJournal {
   std::atomic<std::size_t> filesDone_ = 0;
 };
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

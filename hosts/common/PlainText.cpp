@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 namespace {
 
 constexpr std::size_t kLongestLineCharacters = 500;
@@ -139,4 +139,4 @@ std::string fileCountText(std::size_t count) {
   return std::to_string(count) + (count == 1 ? " file" : " files");
 }
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

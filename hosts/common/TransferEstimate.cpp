@@ -4,7 +4,7 @@
 #include <cmath>
 #include <ranges>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 namespace {
 
 // Three requests a file take about as long as this many bytes of it.
@@ -56,4 +56,4 @@ double TransferEstimate::workAt(double fraction) const {
   return std::lerp(workOfLast_[done], workOfLast_[done + 1], position - whole);
 }
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host

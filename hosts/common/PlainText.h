@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace quillbay::cli {
+namespace quillbay::host {
 
 /// Texts as people read them on a terminal. Functions of their arguments; any thread.
 
@@ -32,4 +32,4 @@ std::string durationText(std::chrono::seconds duration);
 /// "1 file", "3 files".
 std::string fileCountText(std::size_t count);
 
-}  // namespace quillbay::cli
+}  // namespace quillbay::host
