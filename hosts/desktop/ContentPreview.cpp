@@ -1,0 +1,55 @@
+#include "ContentPreview.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QIcon>
+#include <QImageReader>
+#include <QMimeDatabase>
+#include <QStyle>
+
+namespace quillbay::desktop {
+namespace {
+
+// Enough for the 80 of the sheet on a screen of three times the resolution.
+constexpr int kThumbnailPixels = 240;
+constexpr int kIconSize = 80;
+// Somebody waits for the window.
+constexpr qint64 kMostPixels = 60'000'000;
+
+QString fileName(const std::string& path) {
+  return QFile::decodeName(QByteArray::fromStdString(path));
+}
+
+QImage thumbnail(const QString& path) {
+  QImageReader reader(path);
+  reader.setAutoTransform(true);
+  const QSize size = reader.size();
+  if (!size.isValid() || qint64{size.width()} * size.height() > kMostPixels) return {};
+  const QSize bounds(kThumbnailPixels, kThumbnailPixels);
+  if (size.width() > bounds.width() || size.height() > bounds.height()) {
+    reader.setScaledSize(size.scaled(bounds, Qt::KeepAspectRatio).expandedTo({1, 1}));
+  }
+  return reader.read();
+}
+
+QImage typeIcon(const QMimeType& type) {
+  const QIcon plain = QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+  const QIcon icon =
+      QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName(), plain));
+  return icon.pixmap(QSize(kIconSize, kIconSize), qApp->devicePixelRatio()).toImage();
+}
+
+}  // namespace
+
+QImage contentPreview(const std::vector<std::string>& paths) {
+  const QMimeDatabase types;
+  for (const std::string& path : paths) {
+    const QString name = fileName(path);
+    if (!types.mimeTypeForFile(name).name().startsWith("image/")) continue;
+    if (QImage image = thumbnail(name); !image.isNull()) return image;
+  }
+  return paths.empty() ? QImage() : typeIcon(types.mimeTypeForFile(fileName(paths.front())));
+}
+
+}  // namespace quillbay::desktop

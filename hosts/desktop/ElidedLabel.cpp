@@ -1,0 +1,20 @@
+#include "ElidedLabel.h"
+
+#include <QPainter>
+
+namespace quillbay::desktop {
+
+ElidedLabel::ElidedLabel(const QString& text) : QLabel(text) { setTextFormat(Qt::PlainText); }
+
+QSize ElidedLabel::minimumSizeHint() const {
+  return {fontMetrics().averageCharWidth() * 8, QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, width());
+  painter.setPen(palette().color(foregroundRole()));
+  painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+}
+
+}  // namespace quillbay::desktop

@@ -1,0 +1,81 @@
+#include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/StringTable.h>
+
+#include <unistd.h>
+
+#include <QApplication>
+#include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Arguments.h"
+#include "Localized.h"
+#include "MainWindow.h"
+#include "TerminationRequest.h"
+
+namespace {
+
+using namespace quillbay;
+
+std::optional<std::string> environmentVariable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+/// Qt's own texts, such as "OK", in the language of ours.
+void translateQt(QTranslator& translator) {
+  for (const std::string& language : platform::preferredLanguages()) {
+    const QLocale locale(QString::fromStdString(language));
+    if (locale.language() == QLocale::English) return;
+    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    if (!translator.load(locale, "qtbase", "_", folder)) continue;
+    QCoreApplication::installTranslator(&translator);
+    return;
+  }
+}
+
+int run(char** argumentValues, const desktop::Arguments& arguments) {
+  // Qt would look for options of its own among ours.
+  int argumentCount = 1;
+  QApplication app(argumentCount, argumentValues);
+  QTranslator translator;
+  translateQt(translator);
+  QApplication::setApplicationName("quillbay-desktop");
+  QApplication::setApplicationDisplayName(desktop::localized("app.name"));
+  QApplication::setDesktopFileName("example.quillbay.QuillbayDesktop");
+  QApplication::setWindowIcon(QIcon::fromTheme("example.quillbay.QuillbayDesktop",
+                                               QIcon(":/example.quillbay.QuillbayDesktop.svg")));
+
+  platform::setMainQueuePoster([](std::function<void()> runOneItem) {
+    QMetaObject::invokeMethod(qApp, std::move(runOneItem), Qt::QueuedConnection);
+  });
+  desktop::MainWindow window(arguments.instanceIdentifier, arguments.files);
+  const desktop::TerminationRequest termination([&window] { window.cancelAndClose(); });
+  window.show();
+  const int status = QApplication::exec();
+  // At once: nobody waits any more for a file that is being read, or an upload that is stalled.
+  if (window.hasAbandonedWork()) ::_exit(status);
+  return status;
+}
+
+}  // namespace
+
+int main(int argumentCount, char** argumentValues) {
+  const std::vector<std::string> words(argumentValues + 1, argumentValues + argumentCount);
+  const auto arguments = desktop::parseArguments(words, environmentVariable);
+  if (!arguments) {
+    std::fputs(arguments.error().text.c_str(), arguments.error().status == 0 ? stdout : stderr);
+    return arguments.error().status;
+  }
+  if (const auto problem = arguments->network.apply()) {
+    std::fputs(("quillbay-desktop: " + *problem + "\n").c_str(), stderr);
+    return 2;
+  }
+  return run(argumentValues, *arguments);
+}

@@ -1,0 +1,71 @@
+#include <sys/stat.h>
+
+#include <QImage>
+#include <QMimeData>
+#include <QUrl>
+
+#include "DesktopTest.h"
+#include "hosts/desktop/ContentPreview.h"
+#include "hosts/desktop/FileSelection.h"
+#include "hosts/desktop/Localized.h"
+
+namespace quillbay::desktop {
+namespace {
+
+using FilesTest = DesktopTest;
+
+TEST_F(FilesTest, WhatCannotBeSharedIsNamedAndLeftOut) {
+  const std::string pipe = folder_.path() / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  struct Row {
+    const char* name;
+    std::string path;
+    const char* key;
+  };
+  const std::vector<Row> rows = {
+      {"a folder", folder_.path(), "problem.folder"},
+      {"a pipe, without waiting for its writer", pipe, "problem.not-regular"},
+      {"a file that is not there", folder_.path() / "absent", "problem.unreadable"},
+      {"a name that cannot be sent", folder_.write("caf\xE9", "x"), "problem.name"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    FileSelection files;
+    const QStringList problems = files.add(std::vector{row.path});
+    ASSERT_EQ(problems.size(), 1);
+    const QString form = localized(row.key);
+    EXPECT_TRUE(problems[0].contains(form.mid(form.indexOf("%1") + 2, 8)))
+        << problems[0].toStdString();
+    EXPECT_TRUE(files.isEmpty());
+  }
+  FileSelection files;
+  EXPECT_EQ(files.add({QUrl("https://example.org/photo.jpg")}).size(), 1);
+}
+
+TEST_F(FilesTest, AFileStandsInTheListOnceHoweverOftenItIsAdded) {
+  const std::string path = folder_.write("notes & résumé.txt", "12345");
+  FileSelection files;
+  EXPECT_TRUE(files.add(std::vector{path, path}).isEmpty());
+  EXPECT_TRUE(files.add({QUrl::fromLocalFile(QString::fromStdString(path))}).isEmpty());
+  EXPECT_EQ(files.paths(), std::vector{path});
+  EXPECT_EQ(files.byteCounts(), std::vector<std::uint64_t>{5});
+  EXPECT_TRUE(files.summary().startsWith("notes & résumé.txt (5"));
+}
+
+TEST_F(FilesTest, ThePreviewIsTheFirstPictureThatReads) {
+  const std::string text = folder_.write("a.txt", "text");
+  const std::string broken = folder_.write("b.png", "no picture");
+  const std::string picture = folder_.path() / "c.png";
+  QImage red(1000, 500, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  ASSERT_TRUE(red.save(QString::fromStdString(picture)));
+
+  const QImage preview = contentPreview({text, broken, picture});
+  EXPECT_EQ(preview.pixelColor(preview.rect().center()), QColor(Qt::red));
+  EXPECT_EQ(preview.width(), 2 * preview.height());
+  EXPECT_LE(preview.width(), 400) << "no more is kept than is shown";
+  EXPECT_FALSE(contentPreview({text}).isNull()) << "the icon of its type";
+}
+
+}  // namespace
+}  // namespace quillbay::desktop
