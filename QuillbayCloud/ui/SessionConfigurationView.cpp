@@ -248,11 +248,13 @@ void SessionConfigurationView::paintEvent(QPaintEvent* event) {
 
 void SessionConfigurationView::paintLineBelow(const QLineEdit& field) {
   const bool hasFocus = field.hasFocus();
+  // Text that is not there yet: seen on light and on dark ground.
+  const auto role = hasFocus ? QPalette::Highlight : QPalette::PlaceholderText;
   QPainter painter(this);
   if (!field.isEnabled()) painter.setOpacity(kUnavailableOpacity);
   const QRect area = field.geometry();
   painter.fillRect(area.left(), area.bottom() + 1, area.width(), hasFocus ? 2 : 1,
-                   palette().color(hasFocus ? QPalette::Highlight : QPalette::Mid));
+                   palette().color(role));
 }
 
 }  // namespace quillbay::cloud

@@ -26,6 +26,7 @@ namespace {
 using Phase = ShareRun::Phase;
 
 constexpr int kMargin = 16;
+constexpr QSize kDropSize(460, 340);
 constexpr qsizetype kMostProblemsShown = 8;
 
 }  // namespace
@@ -38,7 +39,11 @@ MainWindow::MainWindow(std::string instanceIdentifier, const std::vector<std::st
   setAcceptDrops(true);
   pages_.addWidget(&dropPage_);
   const QStringList problems = files_.add(paths);
-  if (!files_.isEmpty()) makeForm();
+  if (files_.isEmpty()) {
+    resize(kDropSize);
+  } else {
+    makeForm();
+  }
   // When the window is there for the message to stand on.
   QMetaObject::invokeMethod(this, [this, problems] { filesAdded(problems); }, Qt::QueuedConnection);
 }
