@@ -17,7 +17,7 @@ Date addingMonths(Date start, int count) {
   return Date(std::chrono::sys_days(target)) + timeOfDay;
 }
 
-Date thisMoment() { return Date(std::chrono::system_clock::now()); }
+Date thisMoment() { return std::chrono::system_clock::now(); }
 
 }  // namespace
 

@@ -56,7 +56,7 @@ QString expirationText(const DateExpirationOption& option) {
   return text("expiration.never");
 }
 
-QString linkTypeText(SessionLinkType linkType) {
+QString linkTypeText(SessionLinkType::Case linkType) {
   switch (linkType) {
     case SessionLinkType::directDownload:
       return text("link-type.direct-download");
@@ -85,10 +85,17 @@ void setOpacity(QWidget& widget, qreal opacity) {
   effect.setEnabled(opacity < 1);
 }
 
+bool isTooLong(const QLineEdit& field) {
+  return platform::graphemeCount(field.text()) > kMaximumFieldLength;
+}
+
 /// Cuts what goes beyond the limit, and leaves the rest, the cursor and the steps to undo.
 void limitLength(QLineEdit& field) {
+  if (!isTooLong(field)) return;
+  // A cut has been undone: so is the edit before it, which went too far.
+  if (field.isRedoAvailable()) field.undo();
+  if (!isTooLong(field)) return;
   const QString before = field.text();
-  if (platform::graphemeCount(before) <= kMaximumFieldLength) return;
   const auto kept = static_cast<int>(platform::firstGraphemes(before, kMaximumFieldLength).size());
   const int cursor = qMin(field.cursorPosition(), kept);
   field.setSelection(kept, static_cast<int>(before.size()) - kept);

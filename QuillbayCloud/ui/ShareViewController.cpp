@@ -35,6 +35,11 @@ constexpr const char* kInformationPage = "https://www.quillbay.example/services/
 
 QString text(std::string_view key) { return QString::fromStdString(Localized(key)); }
 
+bool isReturn(const QKeyEvent& event) {
+  return (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) &&
+         (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+}
+
 template <class Values, class Value>
 int indexOrFirst(const Values& values, const Value& value) {
   const auto place = std::ranges::find(values, value);
@@ -69,6 +74,8 @@ ShareViewController::ShareViewController(Configuration configuration)
   platform::Mnemonics& mnemonics = configurationView_->mnemonics();
   shareButton_->setText(mnemonics.assign(text("share-window.share-button.title")));
   shareButton_->setDefault(true);
+  // Else it is the default one no longer when it has had the focus.
+  shareButton_->setAutoDefault(false);
   cancelButton_->setText(mnemonics.assign(text("share-window.cancel-button.title")));
   // Return presses a button that has the focus, as in every dialog.
   cancelButton_->setAutoDefault(true);
@@ -110,7 +117,9 @@ void ShareViewController::loadView() { setView(std::make_unique<core::FormSheetC
 
 void ShareViewController::viewDidLoad() {
   ViewController::viewDidLoad();
-  connect(helpButton_, &QAbstractButton::clicked, this, [this] { didSelectHelpButton(); });
+  cancelButton_->installEventFilter(this);
+  shareButton_->installEventFilter(this);
+  connect(helpButton_, &QAbstractButton::clicked, this, [] { didSelectHelpButton(); });
   connect(cancelButton_, &QAbstractButton::clicked, this, [this] { didSelectCancelButton(); });
   connect(shareButton_, &QAbstractButton::clicked, this, [this] { didSelectShareButton(); });
 
@@ -124,16 +133,27 @@ void ShareViewController::viewDidLoad() {
 
 void ShareViewController::viewDidAppear() {
   ViewController::viewDidAppear();
+  // A dialog around makes the first button its default one, unless told which while it is inside.
+  shareButton_->setDefault(false);
+  shareButton_->setDefault(true);
   configurationView_->didAppear();
 }
 
 void ShareViewController::cancelOperation() { cancel(); }
 
 bool ShareViewController::performKeyEquivalent(const QKeyEvent& event) {
-  const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
-  if (!isReturn || (event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
-  shareButton_->click();
+  if (!isReturn(event)) return false;
+  if (!event.isAutoRepeat()) shareButton_->click();
   return true;
+}
+
+bool ShareViewController::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress && (watched == cancelButton_ || watched == shareButton_)) {
+    // Such a button takes every repetition for another click.
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    if (key.isAutoRepeat() && isReturn(key)) return true;
+  }
+  return ViewController::eventFilter(watched, event);
 }
 
 void ShareViewController::didSelectCancelButton() { cancel(); }
@@ -189,9 +209,8 @@ SessionConfiguration ShareViewController::readForm() const {
   const SessionConfigurationView& form = *configurationView_;
   const auto options = DateExpirationOption::defaultOptions();
   const auto option = static_cast<std::size_t>(form.linkExpirationButton().currentIndex());
-  return SessionConfiguration(form.titleTextField().text().toStdString(), options.at(option).date(),
-                              form.linkType(), form.password(),
-                              form.generatesLongLinkButton().isChecked());
+  return {form.titleTextField().text().toStdString(), options.at(option).date(), form.linkType(),
+          form.password(), form.generatesLongLinkButton().isChecked()};
 }
 
 }  // namespace quillbay::cloud

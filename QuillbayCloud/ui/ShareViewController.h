@@ -76,7 +76,7 @@ class ShareViewController : public platform::ViewController {
 
   void didSelectCancelButton();
   void didSelectShareButton();
-  void didSelectHelpButton();
+  static void didSelectHelpButton();
 
   /// The last confirmed configuration; before, the one to start from.
   const SessionConfiguration& sessionConfiguration() const { return sessionConfiguration_; }
@@ -88,6 +88,9 @@ class ShareViewController : public platform::ViewController {
   QPushButton& cancelButton() const { return *cancelButton_; }
   QPushButton& shareButton() const { return *shareButton_; }
   ImageView& brandingImageView() const { return *brandingImageView_; }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   explicit ShareViewController(Configuration configuration);

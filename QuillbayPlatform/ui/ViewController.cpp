@@ -37,10 +37,9 @@ bool ViewController::eventFilter(QObject* watched, QEvent* event) {
 }
 
 bool ViewController::keyPressed(const QKeyEvent& event) {
-  // Holding the key down is one wish, not many.
-  if (event.isAutoRepeat()) return false;
   if (!event.matches(QKeySequence::Cancel)) return performKeyEquivalent(event);
-  cancelOperation();
+  // Holding the key down is one wish, not many; and a window around must not take the rest for one.
+  if (!event.isAutoRepeat()) cancelOperation();
   return true;
 }
 

@@ -36,7 +36,8 @@ class ViewController : public QObject {
   virtual void viewDidAppear() {}
   /// Called for Escape, where no control has used it.
   virtual void cancelOperation() {}
-  /// Called for every other key that no control has used. Returns whether it was of use here.
+  /// Called for every other key that no control has used, again and again while it is held down.
+  /// Returns whether it was of use here.
   virtual bool performKeyEquivalent(const QKeyEvent& /*event*/) { return false; }
 
  protected:

@@ -19,6 +19,12 @@ namespace {
 
 QString nameOf(const platform::URL& url) { return QString::fromStdString(url.lastPathComponent()); }
 
+template <class File, class Value>
+std::vector<Value> valuesOf(const std::vector<File>& files, Value File::* member) {
+  const auto values = files | std::views::transform(member);
+  return {values.begin(), values.end()};
+}
+
 }  // namespace
 
 QStringList FileSelection::add(const std::vector<std::string>& paths) {
@@ -64,22 +70,12 @@ QString FileSelection::problemWhileAdding(const std::string& path) {
   return {};
 }
 
-std::vector<std::string> FileSelection::paths() const {
-  std::vector<std::string> paths;
-  for (const File& file : files_) paths.push_back(file.path);
-  return paths;
-}
+std::vector<std::string> FileSelection::paths() const { return valuesOf(files_, &File::path); }
 
-std::vector<platform::URL> FileSelection::urls() const {
-  std::vector<platform::URL> urls;
-  for (const File& file : files_) urls.push_back(file.url);
-  return urls;
-}
+std::vector<platform::URL> FileSelection::urls() const { return valuesOf(files_, &File::url); }
 
 std::vector<std::uint64_t> FileSelection::byteCounts() const {
-  std::vector<std::uint64_t> byteCounts;
-  for (const File& file : files_) byteCounts.push_back(file.byteCount);
-  return byteCounts;
+  return valuesOf(files_, &File::byteCount);
 }
 
 QString FileSelection::summary() const {
