@@ -74,8 +74,6 @@ ShareViewController::ShareViewController(Configuration configuration)
   platform::Mnemonics& mnemonics = configurationView_->mnemonics();
   shareButton_->setText(mnemonics.assign(text("share-window.share-button.title")));
   shareButton_->setDefault(true);
-  // Else it is the default one no longer when it has had the focus.
-  shareButton_->setAutoDefault(false);
   cancelButton_->setText(mnemonics.assign(text("share-window.cancel-button.title")));
   // Return presses a button that has the focus, as in every dialog.
   cancelButton_->setAutoDefault(true);

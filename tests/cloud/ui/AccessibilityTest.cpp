@@ -1,0 +1,98 @@
+#include <QuillbayPlatform/StringTable.h>
+
+#include <QAccessible>
+#include <QApplication>
+
+#include "ShareSheetTest.h"
+
+namespace quillbay::cloud {
+namespace {
+
+QString spoken(QWidget& widget, QAccessible::Text kind) {
+  QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(&widget);
+  return interface == nullptr ? QString() : interface->text(kind);
+}
+
+class AccessibilityTest : public ShareSheetTest {
+ protected:
+  AccessibilityTest() { create(); }
+
+  /// What a user can act on, whether the keyboard reaches it or not.
+  QSet<QWidget*> enabledControls() const {
+    QSet<QWidget*> controls;
+    for (QWidget* const widget : controller_->view().findChildren<QWidget*>()) {
+      const bool isControl = widget->focusPolicy() != Qt::NoFocus ||
+                             widget->inherits("QAbstractButton") || widget->inherits("QLineEdit");
+      if (isControl && widget->isVisible() && widget->isEnabled()) controls.insert(widget);
+    }
+    return controls;
+  }
+};
+
+TEST_F(AccessibilityTest, EveryControlHasANameAndEveryRowItsLabel) {
+  show();
+  for (QWidget* const control : enabledControls()) {
+    EXPECT_NE(spoken(*control, QAccessible::Name), "") << control->metaObject()->className();
+  }
+  EXPECT_EQ(spoken(form().titleTextField(), QAccessible::Name), "Title");
+  EXPECT_EQ(spoken(form().passwordTextField(), QAccessible::Name), "Password");
+  for (int row = 0; row < 4; ++row) {
+    const auto relations =
+        QAccessible::queryAccessibleInterface(&cell(row, 1))->relations(QAccessible::Label);
+    ASSERT_EQ(relations.size(), 1) << row;
+    EXPECT_EQ(relations[0].first->object(), &form().label(row)) << row;
+  }
+}
+
+TEST_F(AccessibilityTest, ThePasswordTellsItsRuleBeforeItIsBroken) {
+  const QString rule = localizedText("alert.invalid-password.message");
+  EXPECT_EQ(form().passwordTextField().toolTip(), rule);
+  EXPECT_EQ(spoken(form().passwordTextField(), QAccessible::Description), rule);
+}
+
+TEST_F(AccessibilityTest, TabGoesThroughAllEnabledControlsInOrderAndBack) {
+  for (const auto linkType : {SessionLinkType::page, SessionLinkType::directLink}) {
+    SCOPED_TRACE(linkType);
+    create(linkWith(linkType));
+    show();
+    QList<QWidget*> order = {&form().titleTextField(),          &form().passwordTextField(),
+                             &form().linkExpirationButton(),    &form().linkTypeButton(),
+                             &form().generatesLongLinkButton(), &controller_->helpButton(),
+                             &controller_->cancelButton(),      &controller_->shareButton()};
+    order.removeIf([](const QWidget* control) { return !control->isEnabled(); });
+    EXPECT_EQ(QSet<QWidget*>(order.begin(), order.end()), enabledControls());
+
+    order.first()->setFocus();
+    for (qsizetype index = 1; index <= order.size(); ++index) {
+      press(Qt::Key_Tab);
+      EXPECT_EQ(QApplication::focusWidget(), order[index % order.size()]) << index;
+    }
+    for (qsizetype index = order.size() - 1; index >= 0; --index) {
+      press(Qt::Key_Backtab, Qt::ShiftModifier);
+      EXPECT_EQ(QApplication::focusWidget(), order[index]) << index;
+    }
+  }
+}
+
+TEST_F(AccessibilityTest, EveryLetterLeadsToOneControlAlone) {
+  for (const char* language : {"en", "de"}) {
+    SCOPED_TRACE(language);
+    platform::setPreferredLanguages({language});
+    create();
+    show();
+    for (int row = 0; row < 4; ++row) {
+      controller_->shareButton().setFocus();
+      pressMnemonic(form().label(row).text());
+      EXPECT_TRUE(cell(row, 1).hasFocus()) << row;
+    }
+    pressMnemonic(form().generatesLongLinkButton().text());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return form().generatesLongLinkButton().isChecked(); }));
+    pressMnemonic(controller_->cancelButton().text());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return cancelCount_ == 1; }));
+    pressMnemonic(controller_->shareButton().text());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return confirmed_.size() == 1; }));
+  }
+}
+
+}  // namespace
+}  // namespace quillbay::cloud
