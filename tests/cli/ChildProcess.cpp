@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -15,7 +14,6 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "TemporaryFolder.h"
 #include "Waiting.h"
 
 namespace quillbay::test {
@@ -29,87 +27,68 @@ void require(bool holds, const char* what) {
 }
 
 struct Pipe {
+  Pipe() {
+    std::array<int, 2> ends{};
+    require(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe2");
+    source = FileDescriptor(ends[0]);
+    sink = FileDescriptor(ends[1]);
+  }
   FileDescriptor source;
   FileDescriptor sink;
 };
 
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  require(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe2");
-  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-}
-
 struct Terminal {
+  Terminal() {
+    winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+    int device = -1;
+    int ours = -1;
+    require(::openpty(&ours, &device, path.data(), nullptr, &size) == 0, "openpty");
+    ::fcntl(ours, F_SETFD, FD_CLOEXEC);
+    ::close(device);
+    controller = FileDescriptor(ours);
+  }
   FileDescriptor controller;
-  std::string path;
+  std::array<char, 64> path{};
 };
 
-Terminal makeTerminal() {
-  winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
-  int controller = -1;
-  int device = -1;
-  std::array<char, 64> path{};
-  require(::openpty(&controller, &device, path.data(), nullptr, &size) == 0, "openpty");
-  ::fcntl(controller, F_SETFD, FD_CLOEXEC);
-  ::close(device);
-  return {FileDescriptor(controller), path.data()};
+/// In the child: a session of its own, so that a terminal can become its controlling one, and no
+/// signal settings of ours.
+void isolate(const std::vector<int>& ignoredSignals) {
+  ::setsid();
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+  for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
+  for (const int number : ignoredSignals) ::signal(number, SIG_IGN);
 }
 
-class SpawnSettings {
- public:
-  SpawnSettings() {
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawnattr_init(&attributes);
-  }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
-  ~SpawnSettings() {
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::posix_spawnattr_destroy(&attributes);
-  }
+/// In the child: what stands behind the number of a standard stream.
+void connect(int number, Stream stream, const Pipe& pipe, const char* terminalPath) {
+  if (stream == Stream::closed) return void(::close(number));
+  // The first terminal that the leader of a session opens becomes its controlling one.
+  const bool isTerminal = stream == Stream::terminal;
+  ::dup2(isTerminal ? ::open(terminalPath, O_RDWR | O_CLOEXEC) : pipe.sink.get(), number);
+}
 
-  void open(int descriptor, const std::string& path, int flags) {
-    ::posix_spawn_file_actions_addopen(&actions, descriptor, path.c_str(), flags, 0);
+std::vector<std::string> environmentOf(const ChildProcess::Setup& setup) {
+  // Of two with the same name the first counts.
+  std::vector<std::string> variables = setup.environment;
+  variables.insert(variables.end(), {"PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8", "TERM=xterm"});
+  for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"}) {
+    if (const char* value = ::getenv(name)) variables.push_back(std::string(name) + "=" + value);
   }
-  void duplicate(const FileDescriptor& from, int to) {
-    ::posix_spawn_file_actions_adddup2(&actions, from.get(), to);
-  }
-
-  /// A session of its own, so that the terminal can become its controlling one, and no signal
-  /// settings of ours.
-  void isolate() {
-    sigset_t all;
-    sigset_t none;
-    ::sigfillset(&all);
-    ::sigemptyset(&none);
-    ::posix_spawnattr_setsigdefault(&attributes, &all);
-    ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setflags(&attributes,
-                               POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-  }
-
-  posix_spawn_file_actions_t actions{};
-  posix_spawnattr_t attributes{};
-};
+  // The thread sanitizer sleeps for a second at the end, which would pass for slowness of ours.
+  const char* threadOptions = ::getenv("TSAN_OPTIONS");
+  variables.push_back("TSAN_OPTIONS=atexit_sleep_ms=0 " +
+                      std::string(threadOptions == nullptr ? "" : threadOptions));
+  return variables;
+}
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
-  result.reserve(texts.size() + 1);
   for (std::string& text : texts) result.push_back(text.data());
   result.push_back(nullptr);
   return result;
-}
-
-/// The program, behind a shell that ignores the signals, if there are any to ignore.
-std::vector<std::string> commandLine(const ChildProcess::Setup& setup) {
-  std::vector<std::string> words{setup.program};
-  if (!setup.ignoredSignals.empty()) {
-    std::string numbers;
-    for (const int signal : setup.ignoredSignals) numbers += " " + std::to_string(signal);
-    words = {"/bin/sh", "-c", "trap ''" + numbers + R"(; exec "$0" "$@")", setup.program};
-  }
-  words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
-  return words;
 }
 
 /// Appends what `source` has; closes it at its end.
@@ -122,64 +101,40 @@ void drain(FileDescriptor& source, std::string& text) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const Setup& setup) { spawn(setup); }
+ChildProcess::ChildProcess(const Setup& setup) {
+  Pipe input;
+  Pipe output;
+  Pipe error;
+  Terminal terminal;
+  std::vector<std::string> words{setup.program};
+  words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
+  std::vector<std::string> variables = environmentOf(setup);
+  const std::vector<char*> wordPointers = pointers(words);
+  const std::vector<char*> variablePointers = pointers(variables);
+
+  process_ = ::fork();
+  require(process_ >= 0, "fork");
+  if (process_ == 0) {
+    isolate(setup.ignoredSignals);
+    ::dup2(input.source.get(), STDIN_FILENO);
+    connect(STDOUT_FILENO, setup.output, output, terminal.path.data());
+    connect(STDERR_FILENO, setup.error, error, terminal.path.data());
+    ::execve(wordPointers[0], wordPointers.data(), variablePointers.data());
+    ::_exit(127);
+  }
+
+  if (setup.output == Stream::pipe) outputSource_ = std::move(output.source);
+  if (setup.error == Stream::pipe) errorSource_ = std::move(error.source);
+  const bool usesTerminal = setup.output == Stream::terminal || setup.error == Stream::terminal;
+  if (usesTerminal) terminalSource_ = std::move(terminal.controller);
+  const auto length = static_cast<ssize_t>(setup.input.size());
+  require(::write(input.sink.get(), setup.input.data(), setup.input.size()) == length, "write");
+}
 
 ChildProcess::~ChildProcess() {
   if (status_) return;
   ::kill(process_, SIGKILL);
   ::waitpid(process_, nullptr, 0);
-}
-
-void ChildProcess::spawn(const Setup& setup) {
-  SpawnSettings settings;
-  settings.isolate();
-  Pipe input = makePipe();
-  Pipe output = makePipe();
-  Pipe error = makePipe();
-  Terminal terminal = makeTerminal();
-
-  const bool usesTerminal =
-      setup.hasTerminal || setup.output == Stream::terminal || setup.error == Stream::terminal;
-  // The first terminal that the leader of a session opens becomes its controlling one.
-  if (usesTerminal) settings.open(STDIN_FILENO, terminal.path, O_RDWR);
-  settings.duplicate(input.source, STDIN_FILENO);
-  const auto connect = [&](Stream stream, const Pipe& pipe, int descriptor) {
-    if (stream == Stream::terminal) settings.open(descriptor, terminal.path, O_RDWR);
-    if (stream == Stream::pipe || stream == Stream::brokenPipe) {
-      settings.duplicate(pipe.sink, descriptor);
-    }
-    if (stream == Stream::full) settings.open(descriptor, "/dev/full", O_WRONLY);
-    if (stream == Stream::closed) {
-      ::posix_spawn_file_actions_addclose(&settings.actions, descriptor);
-    }
-  };
-  // Standard error first: a number that is closed is the one that the next file gets.
-  connect(setup.error, error, STDERR_FILENO);
-  connect(setup.output, output, STDOUT_FILENO);
-
-  std::vector<std::string> words = commandLine(setup);
-  // Of two with the same name the first counts.
-  std::vector<std::string> variables = setup.environment;
-  variables.insert(variables.end(), {"PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8", "TERM=xterm"});
-  for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"}) {
-    if (const char* value = ::getenv(name)) variables.push_back(std::string(name) + "=" + value);
-  }
-  // The thread sanitizer sleeps for a second at the end, which would pass for slowness of ours.
-  const char* threadOptions = ::getenv("TSAN_OPTIONS");
-  variables.push_back("TSAN_OPTIONS=atexit_sleep_ms=0 " +
-                      std::string(threadOptions == nullptr ? "" : threadOptions));
-  require(::posix_spawn(&process_, words.front().c_str(), &settings.actions, &settings.attributes,
-                        pointers(words).data(), pointers(variables).data()) == 0,
-          "posix_spawn");
-
-  if (setup.output == Stream::pipe) outputSource_ = std::move(output.source);
-  if (setup.error == Stream::pipe) errorSource_ = std::move(error.source);
-  if (usesTerminal) terminalSource_ = std::move(terminal.controller);
-  inputSink_ = std::move(input.sink);
-  if (!setup.input) return;
-  const auto length = static_cast<ssize_t>(setup.input->size());
-  require(::write(inputSink_.get(), setup.input->data(), setup.input->size()) == length, "write");
-  inputSink_.reset();
 }
 
 bool ChildProcess::waitUntil(const std::function<bool()>& condition) {
@@ -225,18 +180,6 @@ void ChildProcess::signal(int number) const { ::kill(process_, number); }
 void ChildProcess::type(const std::string& text) const {
   const auto length = static_cast<ssize_t>(text.size());
   require(::write(terminalSource_.get(), text.data(), text.size()) == length, "write");
-}
-
-std::string ChildProcess::visibleArguments() const {
-  return readFile("/proc/" + std::to_string(process_) + "/cmdline");
-}
-
-bool ChildProcess::blocks(int signal) const {
-  const std::string status = readFile("/proc/" + std::to_string(process_) + "/status");
-  const std::size_t field = status.find("SigBlk:");
-  if (field == std::string::npos) return false;
-  const unsigned long long mask = std::strtoull(status.c_str() + field + 7, nullptr, 16);
-  return (mask >> (signal - 1) & 1U) != 0;
 }
 
 bool ChildProcess::terminalEchoes() const {

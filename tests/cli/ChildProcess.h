@@ -19,7 +19,6 @@ class ChildProcess {
     pipe,      ///< read by the test
     terminal,  ///< a pseudo-terminal of 80 columns, the process's controlling one
     closed,
-    full,        ///< a device on which every write fails
     brokenPipe,  ///< a pipe that nobody reads
   };
 
@@ -30,10 +29,8 @@ class ChildProcess {
     std::vector<std::string> environment = {};
     Stream output = Stream::pipe;
     Stream error = Stream::pipe;
-    /// Given on standard input, which then ends; absent: it stays open and silent.
-    std::optional<std::string> input = "";
-    /// A controlling terminal, even if no stream is on it.
-    bool hasTerminal = false;
+    /// Given on standard input, which then ends.
+    std::string input = {};
     /// Signals that the process is to ignore.
     std::vector<int> ignoredSignals = {};
   };
@@ -47,6 +44,7 @@ class ChildProcess {
   const std::string& output() const { return output_; }
   const std::string& error() const { return error_; }
   const std::string& terminal() const { return terminal_; }
+  bool shows(const std::string& text) const { return terminal_.contains(text); }
 
   /// Reads until `condition` holds; false if it does not within a generous bound.
   [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
@@ -58,14 +56,9 @@ class ChildProcess {
   void closeOutput() { outputSource_.reset(); }
   void signal(int number) const;
   void type(const std::string& text) const;
-  /// The command line as other users of the computer see it.
-  std::string visibleArguments() const;
   bool terminalEchoes() const;
-  /// Whether the process has this signal blocked, to wait for it.
-  bool blocks(int signal) const;
 
  private:
-  void spawn(const Setup& setup);
   /// Reads what is there; waits a moment if there is nothing.
   void readSome();
 
@@ -74,7 +67,6 @@ class ChildProcess {
   FileDescriptor outputSource_;
   FileDescriptor errorSource_;
   FileDescriptor terminalSource_;
-  FileDescriptor inputSink_;
   std::string output_;
   std::string error_;
   std::string terminal_;

@@ -25,13 +25,6 @@ TEST(PlainText, namesShowEveryByteThatTellsThemApart) {
   EXPECT_EQ(inQuotes("Größe"), "'Größe'");
 }
 
-TEST(PlainText, onlyUTF8HasCodePoints) {
-  EXPECT_EQ(codePointCount("aé👍"), 3U);
-  for (const char* text : {"\xff", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80"}) {
-    EXPECT_EQ(codePointCount(text), std::nullopt);
-  }
-}
-
 TEST(PlainText, sizesAndTimesReadWell) {
   EXPECT_EQ(byteCountText(1), "1 byte");
   EXPECT_EQ(byteCountText(999), "999 bytes");

@@ -1,34 +1,43 @@
 #include "ProgramTest.h"
 
-#include <algorithm>
+#include <csignal>
 #include <sstream>
 
 #include "TestCertificates.h"
 
 namespace quillbay::test {
 
-ChildProcess::Setup ProgramTest::reaching(Setup setup) const {
-  const std::string port = std::to_string(const_cast<FakeService&>(service_).server().port());
+ChildProcess::Setup ProgramTest::reaching(Setup setup) {
+  const std::string port = std::to_string(service_.server().port());
   setup.environment.push_back("QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" + port);
   setup.environment.push_back("QUILLBAY_CACERT=" +
                               TestCertificates::shared().authorityPath().string());
   return setup;
 }
 
-std::shared_ptr<Gate> ProgramTest::stall(Call call) {
-  auto gate = std::make_shared<Gate>();
-  service_.setHook(call, [gate](const Request&, Reply ordinary) {
+std::unique_ptr<ChildProcess> ProgramTest::run(int status, Setup setup) {
+  auto program = std::make_unique<ChildProcess>(reaching(std::move(setup)));
+  EXPECT_EQ(program->waitForExit(), status) << program->error() << program->terminal();
+  return program;
+}
+
+void ProgramTest::stall(Call call) {
+  service_.setHook(call, [gate = gate_](const Request&, Reply ordinary) {
     ordinary.sendAfter = gate;
     return ordinary;
   });
-  return gate;
 }
 
-bool ProgramTest::hasCalled(const std::string& name) const { return count(name) > 0; }
+std::unique_ptr<ChildProcess> ProgramTest::startStalled(Call call, Setup setup) {
+  stall(call);
+  auto program = std::make_unique<ChildProcess>(reaching(std::move(setup)));
+  EXPECT_TRUE(program->waitUntil([&] { return count(call) > 0; })) << program->error();
+  return program;
+}
 
-std::size_t ProgramTest::count(const std::string& name) const {
-  const auto calls = service_.calls();
-  return static_cast<std::size_t>(std::count(calls.begin(), calls.end(), name));
+void ProgramTest::interrupt(ChildProcess& program) {
+  program.signal(SIGINT);
+  EXPECT_EQ(program.waitForExit(), 130) << program.error();
 }
 
 std::string ProgramTest::sentPassword() const {

@@ -22,13 +22,19 @@ class ProgramTest : public testing::Test {
   using Call = FakeService::Call;
 
   /// `setup` with the way to the service in its environment.
-  Setup reaching(Setup setup) const;
+  Setup reaching(Setup setup);
 
-  /// Has every reply to `call` wait at the gate that is returned.
-  std::shared_ptr<Gate> stall(Call call);
-  /// The service knows of `name` ("create", "store item-1", ...).
-  bool hasCalled(const std::string& name) const;
-  std::size_t count(const std::string& name) const;
+  /// The program, once it has ended with `status`.
+  std::unique_ptr<ChildProcess> run(int status, Setup setup);
+
+  /// Has every reply to `call` wait at the gate.
+  void stall(Call call);
+  /// The program, once it waits for the stalled reply to `call`.
+  std::unique_ptr<ChildProcess> startStalled(Call call, Setup setup);
+  /// Sends Ctrl-C and sees the program end as cancelled.
+  static void interrupt(ChildProcess& program);
+
+  std::size_t count(Call call) const { return service_.requests(call).size(); }
 
   /// As the first session was created with it: in Base64.
   std::string sentPassword() const;
@@ -38,6 +44,7 @@ class ProgramTest : public testing::Test {
   const TemporaryFolder folder_;
   const std::string file_ = folder_.write("file", "content");
   const std::string link_ = std::string(FakeService::link) + "\n";
+  const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
   FakeService service_;
 };
 

@@ -31,8 +31,11 @@ TEST(UploadLine, givesUpItsPiecesOneByOneAsTheTerminalNarrows) {
 }
 
 TEST(UploadLine, isColouredOnlyWhereColoursAreWanted) {
-  EXPECT_EQ(kLine.text({}).find('\x1b'), std::string::npos);
-  EXPECT_NE(kLine.text({.colours = true}).find("\x1b[32m"), std::string::npos);
+  EXPECT_FALSE(kLine.text({}).contains('\x1b'));
+  EXPECT_TRUE(LineStyle::ofEnvironment().colours);
+  ::setenv("NO_COLOR", "1", 1);
+  EXPECT_FALSE(LineStyle::ofEnvironment().colours);
+  ::unsetenv("NO_COLOR");
 }
 
 host::TransferEstimate::Clock::time_point at(double secondCount) {

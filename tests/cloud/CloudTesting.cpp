@@ -2,7 +2,6 @@
 
 #include <QuillbayCloud/service/Configuration.h>
 
-#include <algorithm>
 #include <mutex>
 
 #include "Waiting.h"
@@ -24,17 +23,6 @@ void record(std::string_view level, const RecordingLogger::Message& message, std
 
 }  // namespace
 
-cloud::Session sessionWithItems(int count) {
-  std::string items;
-  for (int i = 1; i <= count; ++i) {
-    items += std::string(i > 1 ? "," : "") + R"({"id":"item-)" + std::to_string(i) +
-             R"(","is_uploaded":false,"fingerprint":""})";
-  }
-  return *decoded<cloud::Session>(
-      R"({"id":"session-1","token":"token-of-session-1","url":"https://q.example/s","items":[)" +
-      items + "]}");
-}
-
 void RecordingLogger::debug(const Message& message, std::string_view file,
                             std::string_view function, int line, const std::any& context) {
   record("debug", message, file, function, line, context);
@@ -54,11 +42,6 @@ void RecordingLogger::install() {
 std::vector<std::string> RecordingLogger::lines() {
   const std::lock_guard lock(linesMutex);
   return recordedLines;
-}
-
-bool RecordingLogger::hasLine(std::string_view line) {
-  const auto recorded = lines();
-  return std::ranges::find(recorded, line) != recorded.end();
 }
 
 HostObject::HostObject(int& livingCount) : livingCount_(livingCount) { ++livingCount_; }
@@ -88,6 +71,40 @@ void Host::share() {
 
 bool Host::waitForEnd() {
   return waitUntil([this] { return livingObjectCount == 0; });
+}
+
+ServiceTest::ServiceTest() {
+  service_.install();
+  RecordingLogger::install();
+}
+
+platform::URL ServiceTest::file(const std::string& name, std::string_view content) const {
+  return platform::URL::fileURL(folder_.write(name, content));
+}
+
+std::vector<platform::URL> ServiceTest::files(int count) const {
+  std::vector<platform::URL> urls;
+  for (int i = 1; i <= count; ++i) {
+    const std::string name = "file-" + std::to_string(i);
+    urls.push_back(file(name, "content of " + name));
+  }
+  return urls;
+}
+
+void ServiceTest::answer(Call call, const Reply& reply) {
+  service_.setHook(call, [reply](const Request&, const Reply&) { return reply; });
+}
+
+void ServiceTest::hold(Call call, const std::optional<Reply>& reply) {
+  service_.setHook(call, [reply, gate = gate_](const Request&, const Reply& ordinary) {
+    Reply held = reply.value_or(ordinary);
+    held.sendAfter = gate;
+    return held;
+  });
+}
+
+bool ServiceTest::waitForCall(Call call) const {
+  return waitUntil([&] { return !service_.requests(call).empty(); });
 }
 
 }  // namespace quillbay::test

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <QuillbayCloud/Classes/SessionController.h>
-#include <QuillbayCloud/model/Session.h>
+#include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayPlatform/JSONDecoder.h>
-#include <QuillbayPlatform/JSONError.h>
 #include <gtest/gtest.h>
 
 #include <any>
@@ -14,6 +13,9 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+
+#include "FakeService.h"
+#include "TemporaryFolder.h"
 
 namespace quillbay::test {
 
@@ -26,22 +28,6 @@ auto decoded(std::string_view json,
   return platform::JSONDecoder(policy).decode<T>(json);
 }
 
-/// Why the text does not read as a T: the kind of failure and the key, as in "missingKey id"; ""
-/// if it does.
-template <class T>
-std::string readingFailure(std::string_view json) {
-  const auto result = decoded<T>(json);
-  if (result) return "";
-  const auto* error = dynamic_cast<const platform::JSONError*>(result.error().get());
-  if (!error) return "no JSONError";
-  constexpr const char* kKinds[] = {"missingKey",   "nullValue",     "wrongType",
-                                    "corruptValue", "invalidSyntax", "unwritable"};
-  return std::string(kKinds[static_cast<std::size_t>(error->kind())]) + " " + error->keyPath();
-}
-
-/// A session with the items "item-1" to "item-N".
-cloud::Session sessionWithItems(int count);
-
 /// A host's logger. Lines read "LEVEL FUNCTION: MESSAGE".
 struct RecordingLogger {
   using Message = std::function<std::string()>;
@@ -53,7 +39,6 @@ struct RecordingLogger {
   /// Installs it, without the lines of earlier tests.
   static void install();
   static std::vector<std::string> lines();
-  static bool hasLine(std::string_view line);
 };
 
 /// What a host's callbacks capture: counts its living copies' owner and fails the test when it is
@@ -89,6 +74,33 @@ class Host {
   std::vector<std::string> events;
   std::vector<cloud::Session> sessions;
   int livingObjectCount = 0;
+};
+
+/// The library against a service of the test's, with a logger, files to share and a gate.
+class ServiceTest : public testing::Test {
+ protected:
+  using Call = FakeService::Call;
+  using Lines = std::vector<std::string>;
+
+  ServiceTest();
+
+  platform::URL file(const std::string& name, std::string_view content) const;
+  /// "file-1" to "file-N", each with the content "content of file-1" or so.
+  std::vector<platform::URL> files(int count) const;
+
+  /// Replaces every reply to `call`.
+  void answer(Call call, const Reply& reply);
+  /// Has every reply to `call`, the ordinary one or this, wait at the gate.
+  void hold(Call call, const std::optional<Reply>& reply = std::nullopt);
+  [[nodiscard]] bool waitForCall(Call call) const;
+
+  const Reply gone_ = Reply::json(R"({"message":"Gone","status":410})", 410);
+  const std::thread::id thread_ = std::this_thread::get_id();
+  const TemporaryFolder folder_;
+  const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
+  FakeService service_;
+  const std::shared_ptr<const cloud::Webservice> webservice_ =
+      cloud::Webservice::create(cloud::RequestFactory::create("host-1"));
 };
 
 }  // namespace quillbay::test

@@ -3,9 +3,12 @@
 #include <openssl/bio.h>
 #include <openssl/ssl.h>
 
+#include <array>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "sandbox/tls/OpenSsl.h"
 
@@ -14,13 +17,37 @@ namespace quillbay::sandbox {
 /// A TLS connection that sends what a well-behaved client would not.
 class RawClient {
  public:
-  explicit RawClient(int port);
+  explicit RawClient(int port)
+      : context_(SSL_CTX_new(TLS_client_method())), bio_(BIO_new_ssl_connect(context_.get())) {
+    BIO_set_conn_hostname(bio_.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
+    if (BIO_do_connect(bio_.get()) != 1 || BIO_do_handshake(bio_.get()) != 1) {
+      throw std::runtime_error("the sandbox does not take the connection");
+    }
+  }
 
-  void send(std::string_view bytes);
+  void send(std::string_view bytes) {
+    BIO_write(bio_.get(), bytes.data(), static_cast<int>(bytes.size()));
+  }
+
   /// No more bytes will come from here; the other direction stays open.
-  void endSending();
+  void endSending() {
+    SSL* ssl = nullptr;
+    BIO_get_ssl(bio_.get(), &ssl);
+    SSL_shutdown(ssl);
+  }
+
   /// Up to and with the first occurrence of `end`, or what came before the connection closed.
-  std::string receiveUntil(std::string_view end);
+  std::string receiveUntil(std::string_view end) {
+    std::array<char, 4096> buffer;
+    while (!received_.contains(end)) {
+      const int count = BIO_read(bio_.get(), buffer.data(), static_cast<int>(buffer.size()));
+      if (count <= 0) return std::exchange(received_, {});
+      received_.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    const std::size_t length = received_.find(end) + end.size();
+    return std::exchange(received_, received_.substr(length)).substr(0, length);
+  }
+
   /// Until the connection closes; no reply contains this end.
   std::string receiveAll() { return receiveUntil("no such end"); }
 

@@ -12,8 +12,13 @@
 #include <vector>
 
 #include "sandbox/SandboxServer.h"
+#include "sandbox/support/Digest.h"
+#include "sandbox/support/Hex.h"
 
 namespace quillbay::sandbox {
+
+using nlohmann::json;
+using test::TemporaryFolder;
 
 struct TestFile {
   std::string name;
@@ -21,47 +26,136 @@ struct TestFile {
   std::string contentType = "text/plain";
 };
 
-using test::TemporaryFolder;
+inline const TestFile letter{"letter.txt", "Dear all"};
 
 /// A real server on a free port, a client that trusts it, and a clock to move.
 class RunningSandbox : public testing::Test {
  protected:
-  using json = nlohmann::json;
+  RunningSandbox() { restart(); }
 
-  RunningSandbox();
+  void restart() {
+    client_.reset();
+    server_.reset();
+    server_ = std::make_unique<SandboxServer>(
+        SandboxOptions{.dataFolder = folder_.path(), .clock = [this] { return now(); }});
+    server_->start();
+    client_ = std::make_unique<httplib::SSLClient>("localhost", server_->port());
+    client_->set_ca_cert_path(server_->authorityFile());
+    client_->set_keep_alive(true);
+    client_->set_read_timeout(20);
+  }
 
-  void restart();
   void advanceClock(std::chrono::seconds by) { clockOffset_ += by.count(); }
-  Instant now() const;
+  Instant now() const { return systemTime() + std::chrono::seconds(clockOffset_.load()); }
 
   /// The body of a create request as a client sends it.
-  static json announcement(const std::vector<TestFile>& files, json config = json::object());
+  static json announcement(const std::vector<TestFile>& files, json config = json::object()) {
+    json items = json::array();
+    for (const TestFile& file : files) {
+      items.push_back({{"file_name", file.name},
+                       {"content_length", std::to_string(file.bytes.size())},
+                       {"content_type", file.contentType},
+                       {"f", hexEncode(sha256(file.bytes))}});
+    }
+    if (!config.contains("link_type")) config["link_type"] = "page";
+    return {{"items", items}, {"config", config}};
+  }
+
   /// Fails the test unless the service answers 201.
-  json createSession(const std::vector<TestFile>& files, json config = json::object());
-  httplib::Result requestUploadUrl(const json& session, std::size_t item);
+  json create(const json& body) {
+    const auto reply = client_->Post("/cloud/test-instance/session", body.dump(), "");
+    EXPECT_EQ(outcome(reply), "201");
+    return json::parse(reply->body);
+  }
+  json createSession(const std::vector<TestFile>& files, json config = json::object()) {
+    return create(announcement(files, std::move(config)));
+  }
+
+  httplib::Result requestUploadUrl(const json& session, std::size_t item) {
+    httplib::Headers headers = tokenOf(session);
+    headers.emplace("X-QUILLBAY-CLOUD-SCP", "1");
+    return client_->Put(itemPath(session, item, "upload_url"), headers, "", "");
+  }
+
+  /// Path and query of a fresh presigned address.
+  std::string uploadTarget(const json& session, std::size_t item) {
+    const auto reply = requestUploadUrl(session, item);
+    EXPECT_EQ(outcome(reply), "200");
+    return target(json::parse(reply->body)["url"]);
+  }
+
   /// The start of an upload up to its body, for a RawClient.
   std::string uploadHead(const std::string& target, std::size_t byteCount,
-                         const std::string& more = "") const;
-  /// Path and query of a fresh presigned address.
-  std::string uploadTarget(const json& session, std::size_t item);
+                         const std::string& more = "") const {
+    return "PUT " + target + " HTTP/1.1\r\nHost: localhost:" + std::to_string(server_->port()) +
+           "\r\nContent-Length: " + std::to_string(byteCount) + "\r\n" + more + "\r\n";
+  }
+
   httplib::Result put(const std::string& target, const TestFile& file,
-                      const std::string& disposition = "attachment");
-  httplib::Result finalize(const json& session, std::size_t item, const std::string& entityTag);
+                      const std::string& disposition = "attachment") {
+    return client_->Put(target, {{"Content-Disposition", disposition}}, file.bytes,
+                        file.contentType);
+  }
+
+  httplib::Result finalize(const json& session, std::size_t item, const std::string& entityTag,
+                           const httplib::Headers& more = {}) {
+    httplib::Headers headers = tokenOf(session);
+    headers.insert(more.begin(), more.end());
+    return client_->Put(itemPath(session, item, "finalize"), headers,
+                        json{{"etag", entityTag}}.dump(), "");
+  }
+
   /// All steps for one item; fails the test unless each succeeds.
   void upload(const json& session, std::size_t item, const TestFile& file,
-              const std::string& disposition = "attachment");
-  /// A session with all its files uploaded.
-  json share(const std::vector<TestFile>& files, json config = json::object());
+              const std::string& disposition = "attachment") {
+    const auto stored = put(uploadTarget(session, item), file, disposition);
+    ASSERT_EQ(outcome(stored), "200");
+    ASSERT_EQ(outcome(finalize(session, item, stored->get_header_value("ETag"))), "200");
+  }
 
-  static std::string itemPath(const json& session, std::size_t item, const std::string& action);
-  static httplib::Headers tokenOf(const json& session);
-  static std::string pathOf(const json& session);
+  /// A session with all its files uploaded.
+  json share(const std::vector<TestFile>& files, json config = json::object()) {
+    const bool isDirect = config.value("link_type", "") == "direct";
+    json session = createSession(files, std::move(config));
+    for (std::size_t i = 0; i < files.size(); ++i) {
+      upload(session, i, files[i], isDirect ? "inline" : "attachment");
+    }
+    return session;
+  }
+
+  static std::string pathOf(const json& session) {
+    return "/cloud/test-instance/session/" + session["id"].get<std::string>();
+  }
+  static std::string itemPath(const json& session, std::size_t item, const std::string& action) {
+    const std::string identifier = session["items"][item]["id"];
+    return pathOf(session) + "/items/" + identifier + "/" + action;
+  }
+  static httplib::Headers tokenOf(const json& session) {
+    return {{"X-QUILLBAY-SESSION-TOKEN", session["token"].get<std::string>()}};
+  }
   /// The path of an absolute address of this server.
-  static std::string target(const std::string& url);
+  static std::string target(const std::string& url) {
+    return url.substr(url.find('/', std::string_view("https://").size()));
+  }
   static std::string linkOf(const json& session) { return target(session["url"]); }
+
   /// "404", or "404 NoSuchKey" for the store's error documents.
-  static std::string outcome(const httplib::Result& result);
-  std::size_t filesOnDisk(const std::string& below) const;
+  static std::string outcome(const httplib::Result& result) {
+    if (!result) return httplib::to_string(result.error());
+    const std::string status = std::to_string(result->status);
+    const std::size_t code = result->body.find("<Code>");
+    if (code == std::string::npos) return status;
+    const std::size_t start = result->body.find('>', code) + 1;
+    return status + " " + result->body.substr(start, result->body.find('<', start) - start);
+  }
+
+  std::size_t filesOnDisk(const std::string& below) const {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / below)) {
+      count += entry.is_regular_file() ? 1 : 0;
+    }
+    return count;
+  }
 
   TemporaryFolder folder_;
   std::atomic<std::int64_t> clockOffset_ = 0;

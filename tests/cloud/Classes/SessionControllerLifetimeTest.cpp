@@ -1,40 +1,25 @@
 #include <QuillbayCloud/Classes/SessionController.h>
+#include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
 
 #include "CloudTesting.h"
-#include "FakeService.h"
-#include "TemporaryFolder.h"
 #include "Waiting.h"
 
 namespace quillbay::test {
 namespace {
 
 using cloud::SessionController;
-using platform::URL;
 using Call = FakeService::Call;
 using Lines = std::vector<std::string>;
 
-/// Where a run of two files stands when the host acts. The middle ones: a reply is on its way.
-enum Phase {
-  idle,
-  fingerprinting,
-  creating,
-  requesting,
-  uploading,
-  finalizing,
-  session,
-  completion
-};
+/// Where a run of two files stands when the host acts: among others, a reply is on its way.
+enum Phase { idle, fingerprinting, reply, session, completion };
 enum Action { cancel, release };
-
-Call callOf(Phase phase) {
-  constexpr Call kCalls[] = {Call::createSession, Call::uploadUrl, Call::store, Call::finalize};
-  return phase < creating || phase > finalizing ? Call::unknown : kCalls[phase - creating];
-}
 
 struct Interruption {
   const char* name;
   Phase phase;
+  Call call;
   Action action;
   bool callFails;
   Lines events;
@@ -45,46 +30,29 @@ const Lines kSession = {"session"};
 const Lines kDone = {"session", "done"};
 const Lines kGone = {"webservice: status 410: Gone"};
 const Interruption kInterruptions[] = {
-    {"CancelBefore", idle, cancel, false, kSession, "create"},
-    {"CancelFingerprinting", fingerprinting, cancel, false, {}, ""},
-    {"ReleaseFingerprinting", fingerprinting, release, false, {}, ""},
-    {"CancelCreating", creating, cancel, false, kSession, "create"},
-    {"ReleaseCreating", creating, release, false, kSession, "create"},
-    {"CancelFailingCreation", creating, cancel, true, kGone, "create"},
-    {"ReleaseFailingCreation", creating, release, true, kGone, "create"},
-    {"CancelInSessionCallback", session, cancel, false, kSession, "create"},
-    {"ReleaseInSessionCallback", session, release, false, kSession, "create"},
-    {"CancelRequesting", requesting, cancel, false, kSession, "finalize item-2"},
-    {"ReleaseRequesting", requesting, release, false, kSession, "upload_url item-2"},
-    {"CancelUploading", uploading, cancel, false, kSession, "finalize item-2"},
-    {"CancelFailingUpload", uploading, cancel, true, kSession, "store item-2"},
-    {"ReleaseUploading", uploading, release, false, kSession, "store item-2"},
-    {"CancelFinalizing", finalizing, cancel, false, kSession, "finalize item-2"},
-    {"CancelFailingFinalization", finalizing, cancel, true, kSession, "finalize item-2"},
-    {"ReleaseFinalizing", finalizing, release, false, kSession, "finalize item-2"},
-    {"CancelInCompletion", completion, cancel, false, kDone, "finalize item-1"},
-    {"ReleaseInCompletion", completion, release, false, kDone, "finalize item-1"},
+    {"CancelBefore", idle, Call::unknown, cancel, false, kSession, "create"},
+    {"CancelFingerprinting", fingerprinting, Call::unknown, cancel, false, {}, ""},
+    {"ReleaseFingerprinting", fingerprinting, Call::unknown, release, false, {}, ""},
+    {"CancelCreating", reply, Call::createSession, cancel, false, kSession, "create"},
+    {"ReleaseCreating", reply, Call::createSession, release, false, kSession, "create"},
+    {"CancelFailingCreation", reply, Call::createSession, cancel, true, kGone, "create"},
+    {"ReleaseFailingCreation", reply, Call::createSession, release, true, kGone, "create"},
+    {"CancelInSessionCallback", session, Call::unknown, cancel, false, kSession, "create"},
+    {"ReleaseInSessionCallback", session, Call::unknown, release, false, kSession, "create"},
+    {"CancelRequesting", reply, Call::uploadUrl, cancel, false, kSession, "finalize item-2"},
+    {"ReleaseRequesting", reply, Call::uploadUrl, release, false, kSession, "upload_url item-2"},
+    {"CancelUploading", reply, Call::store, cancel, false, kSession, "finalize item-2"},
+    {"CancelFailingUpload", reply, Call::store, cancel, true, kSession, "store item-2"},
+    {"ReleaseUploading", reply, Call::store, release, false, kSession, "store item-2"},
+    {"CancelFinalizing", reply, Call::finalize, cancel, false, kSession, "finalize item-2"},
+    {"CancelFailingFinalization", reply, Call::finalize, cancel, true, kSession, "finalize item-2"},
+    {"ReleaseFinalizing", reply, Call::finalize, release, false, kSession, "finalize item-2"},
+    {"CancelInCompletion", completion, Call::unknown, cancel, false, kDone, "finalize item-1"},
+    {"ReleaseInCompletion", completion, Call::unknown, release, false, kDone, "finalize item-1"},
 };
 
-class SessionControllerLifetime : public testing::Test {
+class SessionControllerLifetime : public ServiceTest {
  protected:
-  SessionControllerLifetime() {
-    service_.install();
-    RecordingLogger::install();
-  }
-
-  std::vector<URL> twoFiles() const {
-    return {URL::fileURL(folder_.write("a", "first")), URL::fileURL(folder_.write("b", "second"))};
-  }
-  /// Holds the replies to `call` until the gate opens.
-  void hold(Call call, const std::shared_ptr<Gate>& gate, bool fails) {
-    service_.setHook(call, [gate, fails](const Request&, Reply ordinary) {
-      Reply reply =
-          fails ? Reply::json(R"({"message":"Gone","status":410})", 410) : std::move(ordinary);
-      reply.sendAfter = gate;
-      return reply;
-    });
-  }
   /// The last call that belongs to a run.
   std::string lastCall() const {
     auto calls = service_.calls();
@@ -99,9 +67,6 @@ class SessionControllerLifetime : public testing::Test {
     EXPECT_TRUE(waitUntil([&] { return isDeleted; }));
     drainMainQueue();
   }
-
-  const TemporaryFolder folder_;
-  FakeService service_;
 };
 
 class SessionControllerInterruption : public SessionControllerLifetime,
@@ -111,11 +76,11 @@ INSTANTIATE_TEST_SUITE_P(Rows, SessionControllerInterruption, testing::ValuesIn(
 
 TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   const auto& row = GetParam();
-  const Call heldCall = callOf(row.phase);
-  const auto gate = std::make_shared<Gate>();
-  if (heldCall != Call::unknown) hold(heldCall, gate, row.callFails);
+  const Call row.call = callOf(row.phase);
+  if (row.call != Call::unknown)
+    hold(row.call, row.callFails ? std::optional(gone_) : std::nullopt);
 
-  Host host(twoFiles());
+  Host host(files(2));
   const auto act = [&] {
     if (row.action == cancel) return host.controller->cancel();
     const std::weak_ptr<SessionController> weakController = host.controller;
@@ -127,10 +92,10 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   if (row.phase == idle) act();
   host.share();
   if (row.phase == fingerprinting) act();
-  if (heldCall != Call::unknown) {
-    ASSERT_TRUE(waitUntil([&] { return !service_.requests(heldCall).empty(); }));
+  if (row.phase == reply) {
+    ASSERT_TRUE(waitForCall(row.call));
     act();
-    gate->open();
+    gate_->open();
   }
   EXPECT_TRUE(host.waitForEnd());
   EXPECT_TRUE(waitUntil([&] { return lastCall() == row.lastCall; }));
@@ -139,23 +104,25 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   EXPECT_EQ(lastCall(), row.lastCall);
 }
 
-TEST_F(SessionControllerLifetime, ACancelledQueueSaysSoAndStops) {
-  const auto gate = std::make_shared<Gate>();
-  hold(Call::store, gate, false);
-  Host host(twoFiles());
-  host.share();
-  ASSERT_TRUE(waitUntil([&] { return !service_.requests(Call::store).empty(); }));
-  host.controller->cancel();
-  gate->open();
-  EXPECT_TRUE(waitUntil([] {
-    return RecordingLogger::hasLine(
-        "debug uploadNextItem(): We are cancelled, will not upload next item");
-  }));
-  EXPECT_EQ(service_.calls().back(), "finalize item-2");
+// The queue has found its error and posted it; the host acts before it arrives.
+TEST_F(SessionControllerLifetime, AReportUnderWayIsNotDeliveredAfterCancelOrRelease) {
+  answer(Call::createSession, Reply::json(R"({"id":"s","url":"https://q.example","items":[]})"));
+  for (const Action action : {cancel, release}) {
+    Host host(files(1));
+    host.onSession = [&] {
+      platform::DispatchQueue::main().async([&] {
+        if (action == cancel) return host.controller->cancel();
+        host.controller.reset();
+      });
+    };
+    host.share();
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_EQ(host.events, Lines{"session"});
+  }
 }
 
 TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
-  Host host(twoFiles());
+  Host host(files(2));
   host.onEnd = [&] {
     if (host.sessions.size() == 2) host.share();
   };
@@ -167,7 +134,7 @@ TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
 // Otherwise a completion that holds its controller would keep both for ever.
 TEST_F(SessionControllerLifetime, CallbacksAreGoneOnceTheyHaveRun) {
   auto controller =
-      SessionController::create({"host-1", twoFiles()}, cloud::SessionConfiguration::default_());
+      SessionController::create({"host-1", files(2)}, cloud::SessionConfiguration::default_());
   const std::weak_ptr<SessionController> weakController = controller;
   bool isDone = false;
   controller->createSession([controller, &isDone](const auto&) { isDone = true; });
@@ -178,7 +145,7 @@ TEST_F(SessionControllerLifetime, CallbacksAreGoneOnceTheyHaveRun) {
 
 TEST_F(SessionControllerLifetime, SurvivesReleaseAfterAnyNumberOfTurns) {
   for (int turnCount = 0; turnCount < 60; ++turnCount) {
-    Host host(twoFiles());
+    Host host(files(2));
     host.share();
     int turn = 0;
     (void)platform::runMainQueue([&] { return turn++ == turnCount / 3; },
@@ -191,12 +158,10 @@ TEST_F(SessionControllerLifetime, SurvivesReleaseAfterAnyNumberOfTurns) {
 
 TEST_F(SessionControllerLifetime, EmptyCallbacksAreAllowed) {
   const auto controller =
-      SessionController::create({"host-1", twoFiles()}, cloud::SessionConfiguration::default_());
+      SessionController::create({"host-1", files(2)}, cloud::SessionConfiguration::default_());
   controller->createSession(nullptr, nullptr);
   SessionController::deleteSession("session-1", "host-1", FakeService::token, nullptr);
-  EXPECT_TRUE(waitUntil([&] {
-    return RecordingLogger::hasLine("debug uploadNextItem(): No more uploads left, we are done");
-  }));
+  EXPECT_TRUE(waitUntil([&] { return lastCall() == "finalize item-1"; }));
   settle();
 }
 

@@ -12,22 +12,13 @@ using cloud::QuillbayCloudError;
 using cloud::Webservice;
 using platform::ErrorPtr;
 
-class SomeError final : public platform::Error {
- public:
-  explicit SomeError(std::optional<std::string> text) : text_(std::move(text)) {}
+struct SomeError final : platform::Error {
   std::string description() const override { return "some error"; }
-  std::optional<std::string> errorDescription() const override { return text_; }
-
- private:
-  std::optional<std::string> text_;
+  std::optional<std::string> errorDescription() const override { return "Too bad."; }
 };
 
-ErrorPtr someError(std::optional<std::string> text = std::nullopt) {
-  return std::make_shared<SomeError>(std::move(text));
-}
-
 TEST(QuillbayCloudError, FromUnwrapsTheServiceClientsErrorsOnceAndKeepsItsOwn) {
-  const auto inner = someError();
+  const auto inner = std::make_shared<const SomeError>();
   const auto refusal = QuillbayCloudError::from(Webservice::Error::cloudError({"Gone", 410}));
   EXPECT_EQ(refusal, QuillbayCloudError::webservice("Gone", 410));
   EXPECT_EQ(QuillbayCloudError::from(refusal), refusal);
@@ -43,12 +34,12 @@ TEST(QuillbayCloudError, FromUnwrapsTheServiceClientsErrorsOnceAndKeepsItsOwn) {
 }
 
 TEST(QuillbayCloudError, TellsThePersonWhatTheServerSaidAndMakesNothingUp) {
-  const std::vector<std::pair<QuillbayCloudError, std::optional<std::string>>> rows = {
+  const auto unreadable = std::make_shared<Webservice::Error>(Webservice::Error::parseError());
+  const std::pair<QuillbayCloudError, std::optional<std::string>> rows[] = {
       {QuillbayCloudError::aws({"AccessDenied", "Access Denied"}), "Access Denied"},
-      {QuillbayCloudError::webservice("Gone", 410), "Gone"},
       {QuillbayCloudError::webservice("", 410), ""},
-      {QuillbayCloudError::underlying(someError()), std::nullopt},
-      {QuillbayCloudError::underlying(someError("Too bad.")), "Too bad."},
+      {QuillbayCloudError::underlying(unreadable), std::nullopt},
+      {QuillbayCloudError::underlying(std::make_shared<const SomeError>()), "Too bad."},
       {QuillbayCloudError::invalidFile(), Localized("error.invalid-file")},
       {QuillbayCloudError::invalidResponse(), Localized("error.invalid-response")},
       {QuillbayCloudError::missingItems(), Localized("error.missing-items")},

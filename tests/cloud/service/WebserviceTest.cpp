@@ -6,7 +6,6 @@
 #include <atomic>
 
 #include "CloudTesting.h"
-#include "FakeService.h"
 #include "Waiting.h"
 
 namespace quillbay::test {
@@ -14,17 +13,10 @@ namespace {
 
 using cloud::CloudError;
 using cloud::ItemUploadUrl;
-using cloud::RequestFactory;
 using cloud::Webservice;
 
-class WebserviceTest : public testing::Test {
+class WebserviceTest : public ServiceTest {
  protected:
-  WebserviceTest() { service_.install(); }
-
-  void answerWith(const Reply& reply) {
-    service_.setHook(FakeService::Call::uploadUrl,
-                     [reply](const Request&, const Reply&) { return reply; });
-  }
   platform::URLRequest request() const {
     return webservice_->requestFactory().uploadUrlRequest("s", "i", FakeService::token);
   }
@@ -37,66 +29,52 @@ class WebserviceTest : public testing::Test {
     EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
     return std::move(*result);
   }
-
-  FakeService service_;
-  const std::shared_ptr<const Webservice> webservice_ =
-      Webservice::create(RequestFactory::create("host-1"));
-  const std::thread::id thread_ = std::this_thread::get_id();
 };
 
 TEST_F(WebserviceTest, EveryStatusFrom200To299WithARecordIsASuccess) {
   for (const int status : {200, 201, 299}) {
-    answerWith(Reply::json(R"({"url":"https://s.example/k?a=b","more":1})", status));
+    answer(Call::uploadUrl, Reply::json(R"({"url":"https://s.example/k?a=b","more":1})", status));
     const auto result = uploadUrl();
     ASSERT_TRUE(result) << status << result.error().description();
     EXPECT_EQ(result->url().absoluteString(), "https://s.example/k?a=b");
   }
 }
 
-enum class Outcome { cloudError, jsonError, transportError, parseError };
-
-Outcome outcomeOf(const Webservice::Error& error) {
-  if (error.as<Webservice::Error::Cloud>()) return Outcome::cloudError;
-  if (error.as<Webservice::Error::Parse>()) return Outcome::parseError;
+std::string kindOf(const Webservice::Error& error) {
+  if (error.as<Webservice::Error::Cloud>()) return "refusal";
+  if (error.as<Webservice::Error::Parse>()) return "parse error";
   const auto& underlying = error.as<Webservice::Error::Underlying>()->error;
-  return dynamic_cast<const platform::JSONError*>(underlying.get()) ? Outcome::jsonError
-                                                                    : Outcome::transportError;
+  const bool isJSON = dynamic_cast<const platform::JSONError*>(underlying.get()) != nullptr;
+  return isJSON ? "JSON error" : "transport error";
 }
 
-struct Failure {
-  const char* name;
-  Reply reply;
-  Outcome outcome;
-};
-
-using enum Outcome;
-const Failure kFailures[] = {
-    {"Refusal", Reply::json(R"({"message":"No \"x\"","status":1234,"x":0})", 400), cloudError},
-    {"RefusalWithoutStatus", Reply::json(R"({"message":"m"})", 400), parseError},
-    {"RefusalWithStatusAsText", Reply::json(R"({"message":"m","status":"4"})", 404), parseError},
-    {"RefusalAsHTML", Reply{.status = 404, .body = "<html>"}, parseError},
-    {"RefusalWithoutBody", Reply::empty(500), parseError},
-    {"SuccessWithoutUrl", Reply::json("{}"), jsonError},
-    {"SuccessWithUrlAsNumber", Reply::json(R"({"url":5})"), jsonError},
-    {"SuccessThatIsNoJSON", Reply::json("<html>"), jsonError},
-    {"SuccessWithoutBody", Reply::empty(204), jsonError},
-    {"NoReply", Reply::none(), transportError},
-    {"ReplyThatBreaksOff",
-     Reply{.closeAfter = true,
-           .raw = "HTTP/1.1 400 No\r\nContent-Length: 999\r\n\r\n{\"message\":\"m\",\"status\":1}"},
-     transportError},
-};
-
-class WebserviceFailure : public WebserviceTest, public testing::WithParamInterface<Failure> {};
-INSTANTIATE_TEST_SUITE_P(Rows, WebserviceFailure, testing::ValuesIn(kFailures), nameOfRow);
-
-TEST_P(WebserviceFailure, IsClassified) {
-  answerWith(GetParam().reply);
-  const auto result = uploadUrl();
-  ASSERT_FALSE(result);
-  EXPECT_EQ(outcomeOf(result.error()), GetParam().outcome);
-  if (const auto* cloud = result.error().as<Webservice::Error::Cloud>()) {
-    EXPECT_EQ(cloud->error, (CloudError{"No \"x\"", 1234}));
+TEST_F(WebserviceTest, AFailureIsOfTheTransportTheServiceOrTheReply) {
+  const Reply brokenOff{
+      .closeAfter = true,
+      .raw = "HTTP/1.1 400 No\r\nContent-Length: 999\r\n\r\n{\"message\":\"m\",\"status\":1}"};
+  const struct {
+    const char* name;
+    Reply reply;
+    const char* kind;
+  } rows[] = {
+      {"refusal", Reply::json(R"({"message":"No \"x\"","status":1234,"x":0})", 400), "refusal"},
+      {"refusal without status", Reply::json(R"({"message":"m"})", 400), "parse error"},
+      {"refusal as HTML", Reply{.status = 404, .body = "<html>"}, "parse error"},
+      {"refusal without body", Reply::empty(500), "parse error"},
+      {"success without url", Reply::json("{}"), "JSON error"},
+      {"success that is no JSON", Reply::json("<html>"), "JSON error"},
+      {"success without body", Reply::empty(204), "JSON error"},
+      {"no reply", Reply::none(), "transport error"},
+      {"reply that breaks off", brokenOff, "transport error"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    answer(Call::uploadUrl, row.reply);
+    const auto result = uploadUrl();
+    ASSERT_FALSE(result);
+    EXPECT_EQ(kindOf(result.error()), row.kind);
+    const auto* refusal = result.error().as<Webservice::Error::Cloud>();
+    if (refusal) EXPECT_EQ(refusal->error, (CloudError{"No \"x\"", 1234}));
   }
 }
 
@@ -109,19 +87,18 @@ TEST_F(WebserviceTest, OnlyTheRawSuccessArrivesOnTheTransfersThread) {
       ++callCount;
     });
   };
-  answerWith(Reply::json("{}"));
+  answer(Call::uploadUrl, Reply::json("{}"));
   perform();
   EXPECT_TRUE(waitUntil([&] { return callCount == 1; }));
   EXPECT_NE(thread.load(), thread_);
-  answerWith(Reply::empty(500));
+  answer(Call::uploadUrl, Reply::empty(500));
   perform();
   EXPECT_TRUE(waitUntil([&] { return callCount == 2; }));
   EXPECT_EQ(thread.load(), thread_);
 }
 
-class SessionDeletion : public WebserviceTest {
- protected:
-  std::string deleteSession(std::string_view token) {
+TEST_F(WebserviceTest, ADeletionEndsWithAnEmptyReplyOrTheServicesRefusal) {
+  for (const std::string_view token : {FakeService::token, "wrong"}) {
     std::optional<std::string> outcome;
     int livingObjectCount = 0;
     cloud::SessionController::deleteSession(
@@ -132,17 +109,9 @@ class SessionDeletion : public WebserviceTest {
         });
     EXPECT_FALSE(outcome);
     EXPECT_TRUE(waitUntil([&] { return livingObjectCount == 0; }));
-    return outcome.value_or("");
+    EXPECT_EQ(outcome, token == "wrong" ? "webservice: status 403: wrong token" : "deleted");
   }
-};
-
-TEST_F(SessionDeletion, AnEmptyReplyIsASuccess) {
-  EXPECT_EQ(deleteSession(FakeService::token), "deleted");
-  EXPECT_EQ(service_.calls(), std::vector<std::string>{"delete session-1"});
-}
-
-TEST_F(SessionDeletion, AWrongTokenIsTheServicesRefusal) {
-  EXPECT_EQ(deleteSession("wrong"), "webservice: status 403: wrong token");
+  EXPECT_EQ(service_.calls(), (Lines{"delete session-1", "delete session-1"}));
 }
 
 }  // namespace
