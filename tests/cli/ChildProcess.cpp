@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -40,14 +39,14 @@ struct Pipe {
 struct Terminal {
   Terminal() {
     winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
-    int device = -1;
-    int ours = -1;
-    require(::openpty(&ours, &device, path.data(), nullptr, &size) == 0, "openpty");
-    ::fcntl(ours, F_SETFD, FD_CLOEXEC);
-    ::close(device);
-    controller = FileDescriptor(ours);
+    std::array<int, 2> ends{};
+    require(::openpty(&ends[0], &ends[1], path.data(), nullptr, &size) == 0, "openpty");
+    for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
+    controller = FileDescriptor(ends[0]);
+    device = FileDescriptor(ends[1]);
   }
   FileDescriptor controller;
+  FileDescriptor device;
   std::array<char, 64> path{};
 };
 
@@ -63,11 +62,13 @@ void isolate(const std::vector<int>& ignoredSignals) {
 }
 
 /// In the child: what stands behind the number of a standard stream.
-void connect(int number, Stream stream, const Pipe& pipe, const char* terminalPath) {
+void connect(int number, Stream stream, const Pipe& pipe, const char* file, const char* terminal) {
   if (stream == Stream::closed) return void(::close(number));
+  int opened = pipe.sink.get();
+  if (stream == Stream::file) opened = ::open(file, O_WRONLY | O_APPEND | O_CLOEXEC);
   // The first terminal that the leader of a session opens becomes its controlling one.
-  const bool isTerminal = stream == Stream::terminal;
-  ::dup2(isTerminal ? ::open(terminalPath, O_RDWR | O_CLOEXEC) : pipe.sink.get(), number);
+  if (stream == Stream::terminal) opened = ::open(terminal, O_RDWR | O_CLOEXEC);
+  ::dup2(opened, number);
 }
 
 std::vector<std::string> environmentOf(const ChildProcess::Setup& setup) {
@@ -91,21 +92,18 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return result;
 }
 
-/// Appends what `source` has; closes it at its end.
-void drain(FileDescriptor& source, std::string& text) {
-  std::array<char, 65536> buffer{};
-  const ssize_t count = ::read(source.get(), buffer.data(), buffer.size());
-  if (count > 0) return void(text.append(buffer.data(), static_cast<std::size_t>(count)));
-  if (count == 0 || errno != EINTR) source.reset();
-}
-
 }  // namespace
 
 ChildProcess::ChildProcess(const Setup& setup) {
-  Pipe input;
+  const std::string outputFile = folder_.write("output", "");
+  const std::string errorFile = folder_.write("error", "");
   Pipe output;
-  Pipe error;
+  if (setup.output == Stream::brokenPipe) output.source.reset();
+  Pipe input;
+  const auto length = static_cast<ssize_t>(setup.input.size());
+  require(::write(input.sink.get(), setup.input.data(), setup.input.size()) == length, "write");
   Terminal terminal;
+  const char* const terminalPath = terminal.path.data();
   std::vector<std::string> words{setup.program};
   words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
   std::vector<std::string> variables = environmentOf(setup);
@@ -117,18 +115,15 @@ ChildProcess::ChildProcess(const Setup& setup) {
   if (process_ == 0) {
     isolate(setup.ignoredSignals);
     ::dup2(input.source.get(), STDIN_FILENO);
-    connect(STDOUT_FILENO, setup.output, output, terminal.path.data());
-    connect(STDERR_FILENO, setup.error, error, terminal.path.data());
+    connect(STDOUT_FILENO, setup.output, output, outputFile.c_str(), terminalPath);
+    connect(STDERR_FILENO, setup.error, output, errorFile.c_str(), terminalPath);
     ::execve(wordPointers[0], wordPointers.data(), variablePointers.data());
     ::_exit(127);
   }
 
-  if (setup.output == Stream::pipe) outputSource_ = std::move(output.source);
-  if (setup.error == Stream::pipe) errorSource_ = std::move(error.source);
-  const bool usesTerminal = setup.output == Stream::terminal || setup.error == Stream::terminal;
-  if (usesTerminal) terminalSource_ = std::move(terminal.controller);
-  const auto length = static_cast<ssize_t>(setup.input.size());
-  require(::write(input.sink.get(), setup.input.data(), setup.input.size()) == length, "write");
+  outputSource_ = std::move(output.source);
+  terminalSource_ = std::move(terminal.controller);
+  terminalDevice_ = std::move(terminal.device);
 }
 
 ChildProcess::~ChildProcess() {
@@ -141,7 +136,7 @@ bool ChildProcess::waitUntil(const std::function<bool()>& condition) {
   const auto end = Clock::now() + generousBound();
   while (!condition()) {
     if (Clock::now() >= end) return false;
-    readSome();
+    readTerminal();
   }
   return true;
 }
@@ -154,25 +149,19 @@ std::optional<int> ChildProcess::waitForExit() {
     }
     return status_.has_value();
   }));
-  // What it wrote last may still stand in the pipes; a terminal keeps its end open, with us.
-  static_cast<void>(waitUntil([this] {
-    pollfd terminal{terminalSource_.get(), POLLIN, 0};
-    const bool isEmpty = ::poll(&terminal, 1, 0) != 1 || (terminal.revents & POLLIN) == 0;
-    return !outputSource_.isOpen() && !errorSource_.isOpen() && isEmpty;
-  }));
+  while (readTerminal()) {
+  }
   return status_;
 }
 
-void ChildProcess::readSome() {
+bool ChildProcess::readTerminal() {
   constexpr int kMomentMilliseconds = 5;
-  std::array<pollfd, 3> sources = {{{outputSource_.get(), POLLIN, 0},
-                                    {errorSource_.get(), POLLIN, 0},
-                                    {terminalSource_.get(), POLLIN, 0}}};
-  if (::poll(sources.data(), sources.size(), kMomentMilliseconds) <= 0) return;
-  if (sources[0].revents != 0) drain(outputSource_, output_);
-  if (sources[1].revents != 0) drain(errorSource_, error_);
-  // The other side of a terminal comes and goes as processes open it.
-  if ((sources[2].revents & POLLIN) != 0) drain(terminalSource_, terminal_);
+  pollfd source{terminalSource_.get(), POLLIN, 0};
+  if (::poll(&source, 1, kMomentMilliseconds) <= 0) return false;
+  std::array<char, 4096> buffer{};
+  const ssize_t count = ::read(source.fd, buffer.data(), buffer.size());
+  if (count > 0) terminal_.append(buffer.data(), static_cast<std::size_t>(count));
+  return count > 0;
 }
 
 void ChildProcess::signal(int number) const { ::kill(process_, number); }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "FileDescriptor.h"
+#include "TemporaryFolder.h"
 
 namespace quillbay::test {
 
@@ -16,10 +17,11 @@ namespace quillbay::test {
 class ChildProcess {
  public:
   enum class Stream {
-    pipe,      ///< read by the test
-    terminal,  ///< a pseudo-terminal of 80 columns, the process's controlling one
-    closed,
+    file,        ///< for `output()` and `error()`
+    terminal,    ///< a pseudo-terminal of 80 columns, the process's controlling one
+    pipe,        ///< not read, until `closeOutput()`
     brokenPipe,  ///< a pipe that nobody reads
+    closed,
   };
 
   struct Setup {
@@ -27,8 +29,8 @@ class ChildProcess {
     std::vector<std::string> arguments = {};
     /// "NAME=value"; PATH, the locale and TERM are given.
     std::vector<std::string> environment = {};
-    Stream output = Stream::pipe;
-    Stream error = Stream::pipe;
+    Stream output = Stream::file;
+    Stream error = Stream::file;
     /// Given on standard input, which then ends.
     std::string input = {};
     /// Signals that the process is to ignore.
@@ -40,35 +42,34 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
   ~ChildProcess();
 
-  /// Everything read so far.
-  const std::string& output() const { return output_; }
-  const std::string& error() const { return error_; }
+  /// Everything written so far.
+  std::string output() const { return readFile(folder_ / "output"); }
+  std::string error() const { return readFile(folder_ / "error"); }
   const std::string& terminal() const { return terminal_; }
   bool shows(const std::string& text) const { return terminal_.contains(text); }
 
-  /// Reads until `condition` holds; false if it does not within a generous bound.
+  /// Waits until `condition` holds; false if it does not within a generous bound.
   [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
-  /// Reads to the end of the process; its exit status, or 1000 and the signal that ended it, or
+  /// Waits for the end of the process; its exit status, or 1000 and the signal that ended it, or
   /// nothing if it does not end.
   std::optional<int> waitForExit();
 
-  /// Stops reading standard output.
   void closeOutput() { outputSource_.reset(); }
   void signal(int number) const;
   void type(const std::string& text) const;
   bool terminalEchoes() const;
 
  private:
-  /// Reads what is there; waits a moment if there is nothing.
-  void readSome();
+  /// Reads what stands in the terminal; waits a moment if there is nothing. False if there was not.
+  bool readTerminal();
 
+  const TemporaryFolder folder_;
   pid_t process_ = -1;
   std::optional<int> status_;
   FileDescriptor outputSource_;
-  FileDescriptor errorSource_;
   FileDescriptor terminalSource_;
-  std::string output_;
-  std::string error_;
+  /// Held open, or the other end would seem to have hung up.
+  FileDescriptor terminalDevice_;
   std::string terminal_;
 };
 

@@ -19,9 +19,6 @@
 
 namespace quillbay::test {
 
-/// Names the cases of a table after their rows: the behaviour that a fault would break.
-inline constexpr auto nameOfRow = [](const auto& info) { return std::string(info.param.name); };
-
 template <class T>
 auto decoded(std::string_view json,
              platform::JSONDatePolicy policy = platform::JSONDatePolicy::secondsSince2001) {

@@ -27,12 +27,11 @@ std::string refusal(const std::string& body) {
 }
 
 TEST(CreateRequest, NamesTheWrongMember) {
-  struct Case {
+  const struct {
     const char* pointer;
     json value;
     const char* blamed;
-  };
-  const Case cases[] = {
+  } rows[] = {
       {"/items", "x", "items"},
       {"/items/0", 1, "items[0]"},
       {"/items/0/file_name", "a/b", "items[0].file_name"},
@@ -51,17 +50,13 @@ TEST(CreateRequest, NamesTheWrongMember) {
       {"/config/p", "YQ", "config.p"},
       {"/config/is_secret", "0", "config.is_secret"},
   };
-  for (const Case& row : cases) {
+  for (const auto& row : rows) {
     json body = validBody();
     body[json::json_pointer(row.pointer)] = row.value;
     EXPECT_TRUE(refusal(body.dump()).contains(row.blamed)) << row.pointer << " " << row.value;
   }
-}
-
-TEST(CreateRequest, RefusesWhatIsNoJsonOrNestsWithoutEnd) {
-  for (const std::string& body : {std::string("{"), std::string(1'000'000, '[')}) {
-    EXPECT_NE(refusal(body), "accepted");
-  }
+  EXPECT_NE(refusal("{"), "accepted");
+  EXPECT_NE(refusal(std::string(1'000'000, '[')), "accepted");
 }
 
 TEST(CreateRequest, ReadsEveryMember) {

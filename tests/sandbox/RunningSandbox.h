@@ -62,13 +62,11 @@ class RunningSandbox : public testing::Test {
   }
 
   /// Fails the test unless the service answers 201.
-  json create(const json& body) {
-    const auto reply = client_->Post("/cloud/test-instance/session", body.dump(), "");
+  json createSession(const std::vector<TestFile>& files, json config = json::object()) {
+    const std::string body = announcement(files, std::move(config)).dump();
+    const auto reply = client_->Post("/cloud/test-instance/session", body, "");
     EXPECT_EQ(outcome(reply), "201");
     return json::parse(reply->body);
-  }
-  json createSession(const std::vector<TestFile>& files, json config = json::object()) {
-    return create(announcement(files, std::move(config)));
   }
 
   httplib::Result requestUploadUrl(const json& session, std::size_t item) {

@@ -47,6 +47,7 @@ TEST(QuillbayCloudError, TellsThePersonWhatTheServerSaidAndMakesNothingUp) {
   };
   for (const auto& [error, text] : rows) {
     EXPECT_EQ(error.errorDescription(), text) << error.description();
+    EXPECT_FALSE(text.value_or("").starts_with("error.")) << "a key without text";
   }
 }
 

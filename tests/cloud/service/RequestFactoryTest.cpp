@@ -37,38 +37,41 @@ class RequestFactoryTest : public testing::Test {
 };
 
 TEST_F(RequestFactoryTest, ServiceRequestsHaveTheirMethodAddressFieldsAndBody) {
-  const auto creation = createSession({});
-  ASSERT_TRUE(creation);
-  EXPECT_EQ(creation->method, "POST");
-  EXPECT_EQ(creation->url.absoluteString(), kService + "host-1/session");
-  EXPECT_EQ(creation->headerFields, HeaderFields());
-  EXPECT_EQ(json::parse(*creation->body), R"({"items":[],"config":{"link_type":"page"}})"_json);
-  EXPECT_EQ(creation->timeoutSeconds, 60);
-
-  const auto deletion = factory_->deleteSessionRequest("s", "t");
-  EXPECT_EQ(deletion.method, "DELETE");
-  EXPECT_EQ(deletion.url.absoluteString(), kService + "host-1/session/s");
-  EXPECT_EQ(deletion.headerFields, (HeaderFields{{"X-QUILLBAY-SESSION-TOKEN", "t"}}));
-  EXPECT_FALSE(deletion.body);
-
-  const auto uploadUrl = factory_->uploadUrlRequest("s", "i", "");
-  EXPECT_EQ(uploadUrl.method, "PUT");
-  EXPECT_EQ(uploadUrl.url.absoluteString(), kService + "host-1/session/s/items/i/upload_url");
-  EXPECT_EQ(uploadUrl.headerFields,
-            (HeaderFields{{"X-QUILLBAY-SESSION-TOKEN", ""}, {"X-QUILLBAY-CLOUD-SCP", "1"}}));
-  EXPECT_FALSE(uploadUrl.body);
-
-  const auto finalization = factory_->finalizeRequest("s", "i", "t", "\"e\"");
-  EXPECT_EQ(finalization.method, "PUT");
-  EXPECT_EQ(finalization.url.absoluteString(), kService + "host-1/session/s/items/i/finalize");
-  EXPECT_EQ(finalization.headerFields, (HeaderFields{{"X-QUILLBAY-SESSION-TOKEN", "t"}}));
-  EXPECT_EQ(finalization.body, R"({"etag":"\"e\""})");
-  EXPECT_EQ(finalization.timeoutSeconds, 60);
-}
-
-TEST_F(RequestFactoryTest, IdentifiersThatNoAddressAllowsAreEncodedInPlace) {
-  const auto request = factory_->deleteSessionRequest("a b\xC3\xA9/%20", "");
-  EXPECT_EQ(request.url.absoluteString(), kService + "host-1/session/a%20b%C3%A9/%20");
+  const std::string tokenField = "X-QUILLBAY-SESSION-TOKEN";
+  const struct {
+    platform::URLRequest request;
+    const char* method;
+    const char* address;
+    HeaderFields headerFields;
+    std::optional<std::string> body;
+  } rows[] = {
+      {*createSession({}), "POST", "session", {}, R"({"items":[],"config":{"link_type":"page"}})"},
+      {factory_->deleteSessionRequest("s", "t"), "DELETE", "session/s", {{tokenField, "t"}}, {}},
+      {factory_->uploadUrlRequest("s", "i", ""),
+       "PUT",
+       "session/s/items/i/upload_url",
+       {{tokenField, ""}, {"X-QUILLBAY-CLOUD-SCP", "1"}},
+       {}},
+      {factory_->finalizeRequest("s", "i", "t", "\"e\""),
+       "PUT",
+       "session/s/items/i/finalize",
+       {{tokenField, "t"}},
+       R"({"etag":"\"e\""})"},
+      // What no address allows is encoded in place.
+      {factory_->deleteSessionRequest("a b\xC3\xA9/%20", ""),
+       "DELETE",
+       "session/a%20b%C3%A9/%20",
+       {{tokenField, ""}},
+       {}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.address);
+    EXPECT_EQ(row.request.method, row.method);
+    EXPECT_EQ(row.request.url.absoluteString(), kService + "host-1/" + row.address);
+    EXPECT_EQ(row.request.headerFields, row.headerFields);
+    EXPECT_EQ(row.request.body, row.body);
+    EXPECT_EQ(row.request.timeoutSeconds, 60);
+  }
 }
 
 TEST_F(RequestFactoryTest, AnnouncesFilesInOrderWithSizeTypeAndOnlyTheirOwnFingerprint) {

@@ -73,8 +73,9 @@ TEST_F(WebserviceTest, AFailureIsOfTheTransportTheServiceOrTheReply) {
     const auto result = uploadUrl();
     ASSERT_FALSE(result);
     EXPECT_EQ(kindOf(result.error()), row.kind);
-    const auto* refusal = result.error().as<Webservice::Error::Cloud>();
-    if (refusal) EXPECT_EQ(refusal->error, (CloudError{"No \"x\"", 1234}));
+    if (const auto* refusal = result.error().as<Webservice::Error::Cloud>()) {
+      EXPECT_EQ(refusal->error, (CloudError{"No \"x\"", 1234}));
+    }
   }
 }
 
