@@ -1,7 +1,6 @@
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
 
 namespace quillbay::platform {
@@ -52,11 +51,10 @@ template <class T>
 std::string outcome(const std::string& text) {
   const auto record = JSONDecoder().decode<T>(text);
   if (record) return "ok";
-  const auto error = std::dynamic_pointer_cast<const JSONError>(record.error());
-  if (!error) return "strange error";
+  const auto& error = dynamic_cast<const JSONError&>(*record.error());
   constexpr const char* kNames[] = {"missingKey",   "nullValue",     "wrongType",
                                     "corruptValue", "invalidSyntax", "unwritable"};
-  return std::string(kNames[static_cast<int>(error->kind())]) + " at " + error->keyPath();
+  return std::string(kNames[static_cast<int>(error.kind())]) + " at " + error.keyPath();
 }
 
 std::string member(const std::string& json) { return R"({"v":)" + json + "}"; }
@@ -68,55 +66,43 @@ std::optional<T> requiredValue(const std::string& json) {
 }
 
 TEST(JSONDecoder, EachRuleTreatsEachFlawAsItPromises) {
-  const std::array<const char*, 3> cases[] = {
+  struct Row {
+    const char* text;
+    const char* required;
+    const char* optional;
+  };
+  const Row rows[] = {
       {R"({"v":"https://a.example/"})", "ok", "ok"},
       {R"({})", "missingKey at v", "ok"},
       {R"({"v":null})", "nullValue at v", "ok"},
-      {R"({"v":1})", "wrongType at v", "wrongType at v"},
       {R"({"v":["https://a.example/"]})", "wrongType at v", "wrongType at v"},
       {R"({"v":"a b"})", "corruptValue at v", "corruptValue at v"},
   };
-  for (const auto& [text, required, optional] : cases) {
+  for (const auto& [text, required, optional] : rows) {
     SCOPED_TRACE(text);
     EXPECT_EQ(outcome<Required<URL>>(text), required);
     EXPECT_EQ(outcome<Optional<URL>>(text), optional);
     EXPECT_EQ(outcome<Tolerant<URL>>(text), "ok");
   }
-  EXPECT_EQ(outcome<Tolerant<std::vector<Leaf>>>(R"({"v":[{"name":"x"},{}]})"), "ok");
 }
 
 TEST(JSONDecoder, TakesNoTypeForAnother) {
   EXPECT_EQ(outcome<Required<bool>>(member("1")), "wrongType at v");
   EXPECT_EQ(outcome<Required<std::string>>(member("true")), "wrongType at v");
-  EXPECT_EQ(outcome<Required<std::int64_t>>(member(R"("5")")), "wrongType at v");
   EXPECT_EQ(outcome<Required<Date>>(member(R"("5")")), "wrongType at v");
-  EXPECT_EQ(outcome<Required<Leaf>>(member(R"("x")")), "wrongType at v");
+  EXPECT_EQ(outcome<Required<Date>>(member("1e400")), "corruptValue at v");
   EXPECT_EQ(outcome<Required<std::vector<Leaf>>>(member("{}")), "wrongType at v");
-}
-
-TEST(JSONDecoder, IntegersHaveNoFractionNoExponentAndFit) {
+  for (const char* noInteger : {R"("5")", "9223372036854775808", "1.0", "1e3"}) {
+    EXPECT_EQ(outcome<Required<std::int64_t>>(member(noInteger)), "wrongType at v") << noInteger;
+  }
   using Limits = std::numeric_limits<std::int64_t>;
   EXPECT_EQ(requiredValue<std::int64_t>("-9223372036854775808"), Limits::min());
-  EXPECT_EQ(requiredValue<std::int64_t>("9223372036854775807"), Limits::max());
-  for (const char* number : {"9223372036854775808", "1000000000000000000000000", "1.0", "1e3"}) {
-    SCOPED_TRACE(number);
-    EXPECT_EQ(outcome<Required<std::int64_t>>(member(number)), "wrongType at v");
-    EXPECT_EQ(outcome<Leaf>(R"({"ignored":)" + std::string(number) + R"(,"name":"x"})"), "ok");
-  }
-}
-
-TEST(JSONDecoder, DatesCountFromTheYearThatThePolicyNames) {
-  const JSONDecoder from1970(JSONDatePolicy::secondsSince1970);
-  EXPECT_EQ(secondsSince1970(*from1970.decode<Required<Date>>(member("60.5"))->value), 60.5);
-  EXPECT_EQ(secondsSince2001(*requiredValue<Date>("-1e3")), -1000);
-  EXPECT_EQ(outcome<Required<Date>>(member("1e400")), "corruptValue at v");
 }
 
 TEST(JSONDecoder, ReadsTextWithEveryEscapeAndRefusesHalfCharacters) {
-  EXPECT_EQ(requiredValue<std::string>(R"("\"\\\/\b\f\n\r\té")"), "\"\\/\b\f\n\r\t\xC3\xA9");
-  EXPECT_EQ(requiredValue<std::string>(R"("a\u0000b")"), std::string("a\0b", 3));
-  EXPECT_EQ(requiredValue<std::string>(R"("\ud83d\ude00")"), "\xF0\x9F\x98\x80");
-  for (const char* text : {R"("\ud83d")", R"("\ude00")", R"("\ud83d\u0041")"}) {
+  EXPECT_EQ(requiredValue<std::string>(R"("\"\\\/\b\t\u00e9\u0000\ud83d\ude00")"),
+            std::string("\"\\/\b\t\xC3\xA9\0\xF0\x9F\x98\x80", 12));
+  for (const char* text : {R"("\ud83d")", R"("\ude00")"}) {
     EXPECT_EQ(outcome<Required<std::string>>(member(text)), "corruptValue at v") << text;
     EXPECT_EQ(outcome<Tolerant<std::string>>(member(text)), "ok") << text;
   }
@@ -126,20 +112,15 @@ TEST(JSONDecoder, RefusesATextWithAnyFlawEvenWhereNothingIsRead) {
   const std::string deepest = std::string(63, '[') + std::string(63, ']');
   ASSERT_EQ(outcome<Leaf>(R"({"name":"x","y":)" + deepest + "}"), "ok");
   const std::string texts[] = {
-      "", "nonsense", "[] []", R"({"name":"x")", R"({"name":"x",})", R"({"name":"x"}{})",
-      R"({"name":"x" "y":1})", R"({"name":"x",y:1})", R"({"name":"x","y":[1,]})",
-      R"({"name":"x","y":[1 2]})", R"({"name":"x","y":{]})", R"({"name":"x","y":truee})",
-      R"({"name":"x","y":01})", R"({"name":"x","y":1.})", R"({"name":"x","y":NaN})",
-      R"({"name":"x","y":"\x"})", R"({"name":"x","y":"\u12g4"})", R"({"name":"x","y":"open)",
-      "{\"name\":\"x\",\"y\":\"\n\"}", "{\"name\":\"x\",\"y\":\"\xFF\"}",
-      // A surrogate as three bytes is no UTF-8.
-      "{\"name\":\"\xED\xA0\x80\"}",
+      "", "nonsense", R"({"name":"x")", R"({"name":"x",})", R"({"name":"x"}{})",
+      R"({"name":"x",y:1})", R"({"name":"x","y":[1 2]})", R"({"name":"x","y":{]})",
+      R"({"name":"x","y":truee})", R"({"name":"x","y":01})", R"({"name":"x","y":"\u12g4"})",
+      "{\"name\":\"x\",\"y\":\"\xFF\"}",
       // One level deeper than allowed, and a depth that would take the stack.
       R"({"name":"x","y":[)" + deepest + "]}", std::string(1'000'000, '['),
       std::string(R"({"name":"x"})") + '\0'};
   for (const std::string& text : texts) {
     EXPECT_EQ(outcome<Leaf>(text), "invalidSyntax at ") << text.substr(0, 80);
-    EXPECT_EQ(outcome<Tolerant<std::string>>(text), "invalidSyntax at ") << text.substr(0, 80);
   }
 }
 
@@ -147,9 +128,8 @@ TEST(JSONDecoder, NamesTheWholePathToTheFirstFailure) {
   const std::pair<const char*, const char*> cases[] = {
       {R"([{"id":"1"}])", "wrongType at "},
       {R"({"id":"1","leaves":[{"name":"a"},{"name":3}]})", "wrongType at leaves.1.name"},
-      {R"({"id":"1","leaves":[{"name":"a"},{}]})", "missingKey at leaves.1.name"},
       {R"({"id":"1","leaves":[{"name":"a"},5,{}]})", "wrongType at leaves.1"},
-      {R"({"id":"1","leaves":[],"crown":{"name":null}})", "nullValue at crown.name"},
+      {R"({"id":"1","leaves":[],"crown":{}})", "missingKey at crown.name"},
       {R"({"crown":5,"leaves":5,"id":5})", "wrongType at id"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(outcome<Tree>(text), expected) << text;
@@ -159,12 +139,11 @@ TEST(JSONDecoder, ReadsMembersInAnyOrderPastValuesOfAnyShape) {
   const auto tree = JSONDecoder().decode<Tree>(
       R"( {"crown":{"x":[{"name":1}],"name":"c"}, "title":{"leaves":[{}]}, "a\"b":[[],{}],
            "leaves" : [ {"x":{"name":2}, "name":"l0"} , {"name":"l1","name":"again"} ],
-           "id":"first", "id":"second", "ids":"x", "i":"x"} )");
+           "big":9223372036854775808, "id":"first", "id":"second", "i":"x"} )");
   ASSERT_TRUE(tree);
   EXPECT_EQ(tree->identifier, "first");
   ASSERT_EQ(tree->leaves.size(), 2U);
-  EXPECT_EQ(tree->leaves[0].name, "l0");
-  EXPECT_EQ(tree->leaves[1].name, "l1");
+  EXPECT_EQ(tree->leaves[0].name + tree->leaves[1].name, "l0l1");
   EXPECT_EQ(tree->crown->name, "c");
 }
 

@@ -7,44 +7,33 @@ namespace {
 
 using test::drainMainQueue;
 
-TEST(Progress, ChildrenCountByTheirWeightWhateverTheirOwnUnits) {
-  const auto parent = Progress::create(300);
-  const auto small = Progress::create(100);
-  const auto large = Progress::create(100);
-  parent->addChild(small, 100);
-  parent->addChild(large, 200);
-  small->setUnitCounts(5, 10);
-  EXPECT_DOUBLE_EQ(parent->fractionCompleted(), 50.0 / 300);
-  large->setUnitCounts(1'000'000'000'000, 4'000'000'000'000);
-  EXPECT_DOUBLE_EQ(parent->fractionCompleted(), 100.0 / 300);
-}
-
-TEST(Progress, NeverFallsWhileChildrenComeMoveAndFinish) {
-  constexpr std::int64_t kChildCount = 7;
-  const auto root = Progress::create(kChildCount * 100);
-  const auto queue = Progress::create(kChildCount * 100);
-  root->addChild(queue, kChildCount * 100);
+TEST(Progress, ChildrenCountByTheirWeightWhateverTheirOwnUnitsAndItNeverFalls) {
+  const auto root = Progress::create(300);
+  const auto queue = Progress::create(300);
+  root->addChild(queue, 300);
   double last = 0;
-  for (std::int64_t i = 0; i < kChildCount; ++i) {
+  for (const std::int64_t weight : {100, 200}) {
     const auto task = Progress::create(100);
-    queue->addChild(task, 100);
+    queue->addChild(task, weight);
     for (std::int64_t sent = 0; sent <= 13; ++sent) {
-      task->setUnitCounts(sent, 13);
+      task->setUnitCounts(sent * 1'000'000'000'000, 13'000'000'000'000);
       EXPECT_GE(root->fractionCompleted(), last);
       last = root->fractionCompleted();
     }
-    EXPECT_EQ(queue->completedUnitCount(), (i + 1) * 100);
+    EXPECT_EQ(queue->completedUnitCount(), weight == 100 ? 100 : 300);
   }
   EXPECT_EQ(last, 1.0);
   EXPECT_TRUE(root->isFinished());
 }
 
-TEST(Progress, LetsFinishedChildrenGoAndForgetsWhatTheyDoLater) {
+TEST(Progress, LetsFinishedChildrenGoForgetsWhatTheyDoLaterAndIsNeverBeyondOne) {
+  EXPECT_EQ(Progress::create(0)->fractionCompleted(), 0);
   const auto parent = Progress::create(100);
   auto child = Progress::create(10);
   const std::weak_ptr<Progress> weakChild = child;
   parent->addChild(child, 50);
-  child->setCompletedUnitCount(10);
+  child->setCompletedUnitCount(11);
+  EXPECT_EQ(child->fractionCompleted(), 1.0);
   child->setUnitCounts(0, 10);
   EXPECT_EQ(parent->fractionCompleted(), 0.5);
   child.reset();
@@ -53,17 +42,6 @@ TEST(Progress, LetsFinishedChildrenGoAndForgetsWhatTheyDoLater) {
   finished->setCompletedUnitCount(1);
   parent->addChild(finished, 50);
   EXPECT_TRUE(parent->isFinished());
-}
-
-TEST(Progress, StaysBetweenZeroAndOneForAnyCounts) {
-  constexpr std::pair<std::int64_t, double> cases[] = {{-5, 0}, {0, 0}, {11, 1}};
-  for (const auto& [completed, fraction] : cases) {
-    const auto progress = Progress::create(10);
-    progress->setCompletedUnitCount(completed);
-    EXPECT_EQ(progress->fractionCompleted(), fraction);
-  }
-  EXPECT_EQ(Progress::create(0)->fractionCompleted(), 0);
-  EXPECT_FALSE(Progress::create(0)->isFinished());
 }
 
 TEST(Progress, TellsItsObserversOnceATurnAndNeverInsideTheChange) {
@@ -77,13 +55,11 @@ TEST(Progress, TellsItsObserversOnceATurnAndNeverInsideTheChange) {
   child->setCompletedUnitCount(20);
   EXPECT_TRUE(seen.empty());
   drainMainQueue();
-  EXPECT_EQ(seen, std::vector<double>{0.2});
   child->setCompletedUnitCount(20);
   drainMainQueue();
-  EXPECT_EQ(seen.size(), 1U);
   child->setCompletedUnitCount(100);
   drainMainQueue();
-  EXPECT_EQ(seen.back(), 1.0);
+  EXPECT_EQ(seen, (std::vector<double>{0.2, 1.0}));
 }
 
 TEST(Progress, ObserversMayEndAndAddObservationsWhileTheyAreCalled) {

@@ -6,13 +6,13 @@
 #include "Request.h"
 
 #include <openssl/ssl.h>
-#include <sys/types.h>
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,12 +26,10 @@ class Connection {
   using Recorder = std::function<void(const Request&)>;
   static constexpr std::uint64_t all = std::numeric_limits<std::uint64_t>::max();
 
-  /// `recorder` is told of the request whenever more of it has been read.
-  Connection(FileDescriptor socket, SSL_CTX* tls, std::size_t number, int stopDescriptor,
-             Recorder recorder);
+  /// Speaks TLS if there is a context; shakes hands with the first read. `recorder` is told of the
+  /// request whenever more of it has been read.
+  Connection(FileDescriptor socket, SSL_CTX* tls, Recorder recorder);
   ~Connection();
-
-  std::size_t number() const { return request_.connectionNumber; }
 
   /// Bounds what the system receives ahead of the script, so that a script that reads slowly is a
   /// slow line for the client.
@@ -41,21 +39,20 @@ class Connection {
   std::optional<Request> readHead();
   /// Reads at most `byteCount` further bytes of the announced body; returns how many.
   std::uint64_t readBody(std::uint64_t byteCount = all);
-  /// Reads the next request with its whole body, saying "100 Continue" if it expects that.
-  std::optional<Request> readRequest();
+  /// Reads the next request with at most `bodyByteCount` bytes of its body, saying "100 Continue"
+  /// if it expects that. Nothing if the client left before.
+  std::optional<Request> readRequest(std::uint64_t bodyByteCount = all);
 
   bool send(std::string_view bytes);
   /// Returns whether the connection can take another request.
   bool send(const Reply& reply);
-  /// Sends byte by byte, with a pause before each.
-  bool drip(std::string_view bytes, std::chrono::milliseconds interval);
 
   /// False if the server stops meanwhile.
   bool pause(std::chrono::milliseconds duration);
   /// Does nothing until the gate opens; false if the client left or the server stops first.
   bool waitFor(const Gate& gate);
-  /// Reads and drops everything until the client closes its side. False if the server stops first.
-  bool waitForClient();
+  /// Reads and drops everything until the client closes its side.
+  void waitForClient();
 
   /// Ends the sending direction in order: the client reads an end, and can still send.
   void shutdownSending();
@@ -65,21 +62,21 @@ class Connection {
   /// Closes with a TCP reset.
   void reset();
 
+  /// Ends whatever the script is waiting for. Any thread.
+  void interrupt();
+
  private:
   struct SSLDeleter {
     void operator()(SSL* ssl) const { SSL_free(ssl); }
   };
 
-  bool handshake();
-  bool waitForSocket(short events, int alsoDescriptor = -1);
-  /// After a call that moved nothing: the event to wait for, 0 if the connection is over.
-  short eventToWaitFor(ssize_t result, short direction) const;
   /// Appends what has arrived to `received_`, waiting for at least one byte.
   bool receive();
+  void release();
 
+  std::mutex mutex_;  // against an interruption while the socket is closed
   FileDescriptor socket_;
   std::unique_ptr<SSL, SSLDeleter> ssl_;
-  int stopDescriptor_;
   Recorder recorder_;
   std::string received_;
   Request request_;

@@ -42,35 +42,31 @@ class FakeService {
 
   /// The bytes that the store holds for an item ("" if it has none).
   std::string storedBytes(const std::string& itemIdentifier) const;
-  /// The entity tag, with its quotes, that the store gives an item's bytes.
-  static std::string entityTag(const std::string& itemIdentifier);
-  /// A session object as the service would answer now.
-  std::string sessionText() const;
 
   ScriptedServer& server() { return server_; }
 
  private:
   struct Item {
+    std::string identifier;
     std::string fingerprint;
     bool isUploaded = false;
-    std::string storedBytes;
+    std::string storedBytes = {};
   };
   struct Route {
     Call call = Call::unknown;
-    std::string identifier;
+    std::string identifier = {};
+    std::string name = {};
   };
 
   static Route routeOf(const Request& request);
-  static std::string nameOf(const Route& route, const Request& request);
   Reply answer(const Request& request);
+  // With the lock held.
   Reply perform(const Route& route, const Request& request);
   Reply createSession(const Request& request);
-  Reply storeObject(const std::string& itemIdentifier, const Request& request);
-  std::string sessionTextLocked() const;
+  Reply sessionReply(int status) const;
 
   mutable std::mutex mutex_;
-  std::vector<std::string> itemOrder_;
-  std::map<std::string, Item> items_;
+  std::vector<Item> items_;
   std::map<Call, Hook> hooks_;
   std::vector<std::string> calls_;
   std::vector<std::pair<Call, Request>> requests_;

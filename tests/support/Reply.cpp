@@ -1,9 +1,5 @@
 #include "Reply.h"
 
-#include <strings.h>
-
-#include <algorithm>
-
 namespace quillbay::test {
 
 Reply Reply::json(std::string text, int status) {
@@ -18,19 +14,15 @@ Reply Reply::redirect(int status, std::string location) {
   return {.status = status, .headerFields = {{"Location", std::move(location)}}};
 }
 
-Reply Reply::none() { return {.status = 0, .closeSilentlyAfter = true}; }
+Reply Reply::none() { return {.status = 0}; }
 
 std::string Reply::bytes() const {
   if (!raw.empty() || status == 0) return raw;
   std::string text = "HTTP/1.1 " + std::to_string(status) + " Scripted\r\n";
   for (const auto& [name, value] : headerFields) text += name + ": " + value + "\r\n";
-  const bool hasLength = std::ranges::any_of(headerFields, [](const auto& field) {
-    return ::strcasecmp(field.first.c_str(), "Content-Length") == 0;
-  });
-  if (!hasLength && status >= 200 && status != 204 && status != 304) {
+  if (status >= 200 && status != 204 && status != 304) {
     text += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   }
-  if (closeAfter) text += "Connection: close\r\n";
   return text + "\r\n" + body;
 }
 

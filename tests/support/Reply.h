@@ -9,16 +9,14 @@
 
 namespace quillbay::test {
 
-/// An ordinary reply. "Content-Length" is added where it belongs, unless a field of that name is
-/// given.
+/// An ordinary reply. "Content-Length" is added where it belongs.
 struct Reply {
+  /// 0: none; the connection closes without a byte of reply.
   int status = 200;
   std::vector<std::pair<std::string, std::string>> headerFields = {};
   std::string body = {};
-  /// Says "Connection: close" and closes.
+  /// Closes the connection.
   bool closeAfter = false;
-  /// Closes without a word, so that the next request on this connection meets a dead one.
-  bool closeSilentlyAfter = false;
   /// Holds the reply back until the gate opens.
   std::shared_ptr<Gate> sendAfter = {};
   /// Goes out in place of status, fields and body.
@@ -27,7 +25,6 @@ struct Reply {
   static Reply json(std::string text, int status = 200);
   static Reply empty(int status);
   static Reply redirect(int status, std::string location);
-  /// Closes the connection without a byte of reply.
   static Reply none();
 
   std::string bytes() const;

@@ -2,27 +2,17 @@
 
 #include <strings.h>
 
-#include <cstdlib>
+#include <sstream>
 
 namespace quillbay::test {
-namespace {
 
-std::string wordOfFirstLine(const std::string& head, int index) {
-  const std::string line = head.substr(0, head.find("\r\n"));
-  std::size_t begin = 0;
-  for (; index > 0 && begin != std::string::npos; --index) {
-    const std::size_t space = line.find(' ', begin);
-    begin = space == std::string::npos ? space : space + 1;
-  }
-  if (begin == std::string::npos) return {};
-  return line.substr(begin, line.find(' ', begin) - begin);
+std::string Request::method() const { return head.substr(0, head.find(' ')); }
+
+std::string Request::target() const {
+  std::string method, target;
+  std::istringstream(head) >> method >> target;
+  return target;
 }
-
-}  // namespace
-
-std::string Request::method() const { return wordOfFirstLine(head, 0); }
-std::string Request::target() const { return wordOfFirstLine(head, 1); }
-std::string Request::version() const { return wordOfFirstLine(head, 2); }
 
 std::vector<std::string> Request::fieldLines() const {
   std::vector<std::string> lines;
@@ -37,26 +27,19 @@ std::vector<std::string> Request::fieldLines() const {
   return lines;
 }
 
-std::vector<std::string> Request::fields(std::string_view name) const {
-  std::vector<std::string> values;
+std::optional<std::string> Request::field(std::string_view name) const {
   for (const std::string& line : fieldLines()) {
     if (line.size() <= name.size() || line[name.size()] != ':') continue;
     if (::strncasecmp(line.data(), name.data(), name.size()) != 0) continue;
     const std::size_t begin = line.find_first_not_of(" \t", name.size() + 1);
-    values.push_back(begin == std::string::npos ? std::string() : line.substr(begin));
+    return begin == std::string::npos ? std::string() : line.substr(begin);
   }
-  return values;
-}
-
-std::optional<std::string> Request::field(std::string_view name) const {
-  const auto values = fields(name);
-  if (values.empty()) return std::nullopt;
-  return values.front();
+  return std::nullopt;
 }
 
 std::uint64_t Request::announcedByteCount() const {
   const auto value = field("Content-Length");
-  return value ? std::strtoull(value->c_str(), nullptr, 10) : 0;
+  return value ? std::stoull(*value) : 0;
 }
 
 }  // namespace quillbay::test

@@ -14,8 +14,6 @@ struct Request {
   /// Bytes of a body that are kept; of a longer one `body` is the beginning.
   static constexpr std::size_t keptBodyByteCount = 16 * 1024 * 1024;
 
-  /// Which connection of the server it came by, counted from 0.
-  std::size_t connectionNumber = 0;
   /// From the request line to the empty line, both included.
   std::string head = {};
   std::string body = {};
@@ -25,12 +23,10 @@ struct Request {
   /// The request line's parts.
   std::string method() const;
   std::string target() const;
-  std::string version() const;
 
   /// The field lines, verbatim, without their line ends.
   std::vector<std::string> fieldLines() const;
-  /// The values of all fields of this name, compared without regard to case.
-  std::vector<std::string> fields(std::string_view name) const;
+  /// The value of the first field of this name, compared without regard to case.
   std::optional<std::string> field(std::string_view name) const;
   /// As "Content-Length" says; 0 without one.
   std::uint64_t announcedByteCount() const;

@@ -1,15 +1,11 @@
 #pragma once
 
 #include "Connection.h"
-#include "Gate.h"
-#include "Reply.h"
-#include "Request.h"
-#include "TestCertificates.h"
 
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -24,18 +20,17 @@ class ScriptedServer {
   using RequestHandler = std::function<Reply(const Request&)>;
   using ConnectionHandler = std::function<void(Connection&)>;
 
-  /// Listens at once. Without a certificate it speaks plain HTTP.
-  explicit ScriptedServer(
-      std::optional<TestCertificates::Server> certificate = TestCertificates::Server::trusted);
+  enum Protocol { https, plain };
+
+  /// Listens at once.
+  explicit ScriptedServer(Protocol protocol = https);
   ScriptedServer(const ScriptedServer&) = delete;
   ScriptedServer& operator=(const ScriptedServer&) = delete;
   ~ScriptedServer();
 
-  static constexpr std::nullopt_t plain = std::nullopt;
-
-  /// Ordinary service: every request is read whole, `handler` (on the connection's thread) makes
-  /// its reply, connections are kept. May be set again at any time. Without a handler every
-  /// request gets an empty 200.
+  /// Ordinary service of new connections: every request is read whole, `handler` (on the
+  /// connection's thread) makes its reply, connections are kept. To begin with, every request gets
+  /// an empty 200.
   void onRequest(RequestHandler handler);
 
   /// Plays every new connection with `script`, on a thread of its own, in place of the above; the
@@ -56,26 +51,24 @@ class ScriptedServer {
 
  private:
   void acceptConnections();
-  void serve(FileDescriptor socket, std::size_t number);
-  void serveRequests(Connection& connection);
+  Connection::Recorder recorder();
 
-  const bool isTLS_;
   std::shared_ptr<SSL_CTX> tls_;
   FileDescriptor listener_;
   int port_ = 0;
-  Gate stopped_;
 
   mutable std::mutex mutex_;
-  RequestHandler requestHandler_;
-  ConnectionHandler connectionHandler_;
-  std::size_t connectionCount_ = 0;
+  ConnectionHandler script_;
   std::vector<Request> requests_;
-  std::vector<std::thread> connectionThreads_;
+  std::list<Connection> connections_;
 
+  std::vector<std::thread> connectionThreads_;
   std::thread acceptThread_;
 };
 
-/// A port of 127.0.0.1 at which nobody listens.
-int unusedPort();
+/// Has https://cloud.quillbay.example and https://store.quillbay.example lead to `server` if there
+/// is one, trusts the test's authority alone, and forgets the proxies of the environment. Call it
+/// before the transfers that are to be routed so.
+void useTestNetwork(const ScriptedServer* server = nullptr);
 
 }  // namespace quillbay::test

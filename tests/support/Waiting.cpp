@@ -3,18 +3,9 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
 
-#include <algorithm>
 #include <memory>
 
 namespace quillbay::test {
-
-std::chrono::milliseconds generousBound() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  return std::chrono::seconds(60);
-#else
-  return std::chrono::seconds(20);
-#endif
-}
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound) {
   using Clock = std::chrono::steady_clock;

@@ -1,8 +1,9 @@
 // A program that ends, or forks, while the network is at work for it. What it finds wrong is its
 // exit status.
 //
-//   NetworkGuest MODE ADDRESS AUTHORITY FILE
+//   NetworkGuest exit-at-once|exit|fork ADDRESS AUTHORITY FILE
 
+#include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
 #include <QuillbayPlatform/NetworkSettings.h>
 #include <QuillbayPlatform/URLSession.h>
@@ -13,7 +14,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
+#include <latch>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -25,7 +29,7 @@ enum Failure {
   taskNotEndedOnce,
   noProgress,
   childFailed,
-  calledBackInChild,
+  calledBackInChild
 };
 
 constexpr int taskCount = 3;
@@ -40,39 +44,43 @@ void checkThatEveryTaskEndedOnce() {
   }
 }
 
-std::size_t threadCount() {
-  std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry :
-       std::filesystem::directory_iterator("/proc/self/task")) {
-    ++count;
-  }
-  return count;
-}
-
-URLSession::CompletionHandler counting(std::atomic<int>& count) {
-  return [&count](auto&&...) { ++count; };
-}
-
 std::shared_ptr<URLSessionTask> startUpload(const char* address, const char* file,
                                             std::atomic<int>& count) {
-  URLRequest request("PUT", URL::parse(address).value());
-  auto task = URLSession::create()->uploadTask(request, URL::fileURL(file), counting(count));
+  const URLRequest request("PUT", URL::parse(address).value());
+  auto task = URLSession::create()->uploadTask(request, URL::fileURL(file),
+                                               [&count](auto&&...) { ++count; });
   task->resume();
   return task;
 }
 
-/// Ends as the child of a process whose network is at work. In this process there is none.
-[[noreturn]] void beChild(const char* address, const char* file) {
+/// Ends as the child of a process whose network and queues are at work. In this process none is.
+[[noreturn]] void beChild(const char* address, const char* file, DispatchQueue& serial) {
   static std::atomic<int> count = 0;
   startUpload(address, file, count);
+  for (auto* queue : {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(), &serial}) {
+    queue->async([] { ::_exit(calledBackInChild); });
+  }
+  setMainQueuePoster(nullptr);
+  stopMainQueue();
   runMainQueue([] { return count > 0; }, std::chrono::milliseconds(50));
   std::exit(count > 0 ? calledBackInChild : 0);
 }
 
 void fork(const char* address, const char* file) {
+  const auto serial = DispatchQueue::makeSerial();
+  // So that the forks come upon any state of the queues.
+  const std::jthread busy([&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      std::latch ran(2);
+      DispatchQueue::main().async([] {});
+      DispatchQueue::globalUserInitiated().async([&] { ran.count_down(); });
+      serial->async([&] { ran.count_down(); });
+      ran.wait();
+    }
+  });
   for (int round = 0; round < 10; ++round) {
     const pid_t child = ::fork();
-    if (child == 0) beChild(address, file);
+    if (child == 0) beChild(address, file, *serial);
     int status = 0;
     if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
   }
@@ -87,7 +95,8 @@ int main(int, char** arguments) {
   const std::string_view mode = arguments[1];
   const char* const address = arguments[2];
   const char* const file = arguments[4];
-  if (threadCount() != 1) return threadBeforeFirstUse;
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  if (std::distance(threads, {}) != 1) return threadBeforeFirstUse;
 
   std::atexit(checkThatEveryTaskEndedOnce);
   NetworkSettings settings;
@@ -95,11 +104,10 @@ int main(int, char** arguments) {
   NetworkSettings::set(settings);
   std::vector<std::shared_ptr<URLSessionTask>> tasks;
   for (auto& count : callCounts) tasks.push_back(startUpload(address, file, count));
-  if (mode == "exit-at-once") std::exit(0);
+  if (mode == "exit-at-once") return 0;
 
   const auto isMoving = [&] { return tasks.back()->progress()->fractionCompleted() > 0; };
   if (!runMainQueue(isMoving, std::chrono::seconds(60))) ::_exit(noProgress);
   if (mode == "fork") fork(address, file);
-  if (mode == "return") return 0;
   std::exit(0);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Request.h"
+#include "ScriptedServer.h"
+#include "TemporaryFolder.h"
 
 #include <QuillbayPlatform/URLError.h>
 #include <QuillbayPlatform/URLSession.h>
@@ -12,13 +13,18 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace quillbay::test {
+
+using Code = platform::URLError::Code;
 
 /// In every secret that the tests send; must never come back in an error's text.
 inline constexpr std::string_view secret = "confidential";
 inline constexpr const char* tokenField = "X-QUILLBAY-SESSION-TOKEN";
+
+inline constexpr std::uint64_t mebibyte = 1024 * 1024;
+/// Beyond what the sockets' buffers take: it cannot have been sent unless it was read.
+inline constexpr std::uint64_t longByteCount = 64 * mebibyte;
 
 /// What a task's completion handler was told.
 struct Outcome {
@@ -28,22 +34,21 @@ struct Outcome {
 
   /// 0 without a response.
   int status() const { return response ? response->statusCode() : 0; }
-  std::optional<std::string> field(std::string_view name) const;
-  /// The `URLError` code's name, "none" without an error.
-  std::string errorName() const;
+  /// The error's; nothing without an error.
+  std::optional<Code> code() const;
 };
 
 /// A task that has been resumed.
 class RunningTask {
  public:
-  static RunningTask data(platform::URLRequest request,
-                          platform::URLSession& session = platform::URLSession::shared());
-  static RunningTask upload(platform::URLRequest request, const std::filesystem::path& file,
-                            platform::URLSession& session = platform::URLSession::shared());
+  explicit RunningTask(platform::URLRequest request,
+                       platform::URLSession& session = platform::URLSession::shared());
+  /// An upload.
+  RunningTask(platform::URLRequest request, const std::filesystem::path& file,
+              platform::URLSession& session = platform::URLSession::shared());
 
   bool isFinished() const;
-  platform::URLSessionTask& task() const { return *task_; }
-  platform::Progress& progress() const { return *task_->progress(); }
+  const std::shared_ptr<platform::Progress>& progress() const { return task_->progress(); }
 
   /// Runs the main queue until the task has ended, and checks what holds of every outcome: one
   /// call, on a background thread, with data and response or else an error that tells no secret.
@@ -52,22 +57,32 @@ class RunningTask {
  private:
   struct State;
 
+  platform::URLSession::CompletionHandler handler();
+
   std::shared_ptr<State> state_;
   std::shared_ptr<platform::URLSessionTask> task_;
 };
 
-platform::URL parsedURL(std::string_view text);
 platform::URLRequest request(std::string method, std::string_view address);
 /// A PUT with the three fields of a store upload.
 platform::URLRequest storeRequest(std::string_view address, std::uint64_t announcedByteCount);
 
 Outcome perform(platform::URLRequest request);
+Outcome get(std::string_view address);
 /// Uploads the file, announcing its size of now.
 Outcome upload(std::string_view address, const std::filesystem::path& file);
 
 class NetworkTest : public testing::Test {
  protected:
   NetworkTest();
+
+  /// A script that takes the beginning of an upload and then nothing more.
+  static void stallUpload(Connection& connection);
+  /// An upload of the file "stalled" by way of a host's name, once its progress has moved.
+  RunningTask stalledUpload();
+
+  const TemporaryFolder folder_;
+  ScriptedServer server_;
 };
 
 }  // namespace quillbay::test
