@@ -1,4 +1,6 @@
+#include <QuillbayPlatform/network/Gzip.h>
 #include <QuillbayPlatform/network/ReplyCollector.h>
+#include <strings.h>
 
 #include <charconv>
 
@@ -11,6 +13,10 @@ std::string_view trimmed(std::string_view text) {
   const auto first = text.find_first_not_of(" \t\r\n");
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+bool isNamed(std::string_view coding, std::string_view name) {
+  return coding.size() == name.size() && strncasecmp(coding.data(), name.data(), name.size()) == 0;
 }
 
 bool isStatusLine(std::string_view line) { return line.starts_with("HTTP/"); }
@@ -65,6 +71,13 @@ bool ReplyCollector::appendBody(std::string_view bytes) {
   }
   body_.append(bytes);
   return true;
+}
+
+std::optional<std::string> ReplyCollector::takeUnpackedBody(std::string_view coding) {
+  if (body_.empty() || coding.empty() || isNamed(coding, "identity")) return takeBody();
+  if (!isNamed(coding, "gzip") && !isNamed(coding, "x-gzip")) return std::nullopt;
+  overLimit_ = gzipUnpackedByteCount(body_) > maximumByteCount_;
+  return overLimit_ ? std::nullopt : unpackGzip(body_);
 }
 
 std::optional<HTTPURLResponse> ReplyCollector::response(const URL& url) const {

@@ -9,8 +9,9 @@
 
 namespace quillbay::platform {
 
-/// Gathers the final reply of a request from header lines and body pieces, up to a limit. Interim
-/// replies (status 1xx) are forgotten with their fields. Engine thread.
+/// Gathers the final reply of a request from header lines and body pieces, up to a limit that holds
+/// for the body as it travels and once more for what is packed in it. Interim replies (status 1xx)
+/// are forgotten with their fields. Engine thread.
 class ReplyCollector {
  public:
   explicit ReplyCollector(std::size_t maximumByteCount) : maximumByteCount_(maximumByteCount) {}
@@ -30,7 +31,11 @@ class ReplyCollector {
   int statusCode() const { return headComplete_ ? statusCode_ : 0; }
   /// The final reply's head from `url`; nothing before it is complete.
   std::optional<HTTPURLResponse> response(const URL& url) const;
+  /// The body, in whatever content coding it came.
   std::string takeBody() { return std::move(body_); }
+  /// The body without its content coding (RFC 9110, section 8.4.1). Nothing if it is over the limit
+  /// then, damaged, or in another coding than gzip.
+  std::optional<std::string> takeUnpackedBody(std::string_view coding);
 
  private:
   const std::size_t maximumByteCount_;

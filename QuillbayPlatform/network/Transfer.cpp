@@ -190,7 +190,8 @@ void Transfer::configureHeaders() {
     append(headerList_, "Accept:");
   } else {
     if (!fields.contains("Content-Type")) append(headerList_, "Content-Type:");
-    curl_easy_setopt(easy_.get(), CURLOPT_ACCEPT_ENCODING, "gzip");
+    // As a field of ours, so that libcurl leaves the unpacking to us.
+    append(headerList_, "Accept-Encoding: gzip");
   }
   curl_easy_setopt(easy_.get(), CURLOPT_HTTPHEADER, headerList_.get());
 }
@@ -240,8 +241,18 @@ Transfer::State Transfer::follow(const HTTPURLResponse& response) {
   if (auto* error = std::get_if<std::shared_ptr<const URLError>>(&decision)) {
     return finish({std::nullopt, std::nullopt, std::move(*error)});
   }
-  if (isUpload() && response.statusCode() / 100 == 2) progress_->complete();
-  return finish({reply_.takeBody(), response, nullptr});
+  return deliver(response);
+}
+
+Transfer::State Transfer::deliver(const HTTPURLResponse& response) {
+  if (isUpload()) {
+    if (response.statusCode() / 100 == 2) progress_->complete();
+    return finish({reply_.takeBody(), response, nullptr});
+  }
+  auto body =
+      reply_.takeUnpackedBody(response.valueForHTTPHeaderField("Content-Encoding").value_or(""));
+  if (body) return finish({std::move(*body), response, nullptr});
+  return finish({std::nullopt, response, transportError(CURLE_BAD_CONTENT_ENCODING)});
 }
 
 void Transfer::cancel() { fail(URLError::Code::cancelled, "the process is ending"); }

@@ -65,6 +65,7 @@ class Transfer {
   std::uint64_t bodyByteCount() const;
 
   State follow(const HTTPURLResponse& response);
+  State deliver(const HTTPURLResponse& response);
   bool wholeBodyWasSent() const;
   ErrorPtr transportError(CURLcode code) const;
   State finish(Outcome outcome);

@@ -74,6 +74,43 @@ TEST_F(URLSessionReplyTest, ADataReplyOver64MiBUnpackedEndsAsAnErrorHoweverSmall
   EXPECT_EQ(server_.requests().at(0).field("Accept-Encoding"), "gzip");
 }
 
+TEST_F(URLSessionReplyTest, APackedReplyIsUnpackedWholeOrNotAtAll) {
+  const std::string text(100, 'x');
+  const std::string packed = gzipReply(folder_, text).body;
+  // The last four bytes tell the size, those before them the checksum.
+  std::string wrongSize = packed;
+  ++wrongSize[packed.size() - 4];
+  std::string wrongBytes = packed;
+  ++wrongBytes[packed.size() - 8];
+  struct Row {
+    const char* name;
+    const char* coding;
+    std::string body;
+    std::optional<std::string> data = std::nullopt;  // nothing: an error
+  };
+  const std::vector<Row> rows = {
+      {"the coding's name in another case", "GZIP", packed, text},
+      {"not packed", "identity", text, text},
+      {"nothing in it", "gzip", "", ""},
+      {"of another size than it says", "gzip", wrongSize},
+      {"with other bytes than it says", "gzip", wrongBytes},
+      {"cut short", "gzip", packed.substr(0, packed.size() - 1)},
+      {"hardly begun", "gzip", packed.substr(0, 3)},
+      {"not packed as it says", "gzip", text},
+      {"in a coding that was not asked for", "br", text},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    ScriptedServer server;
+    server.onRequest([&row](const Request&) {
+      return Reply{.headerFields = {{"Content-Encoding", row.coding}}, .body = row.body};
+    });
+    const Outcome outcome = get(server.address());
+    EXPECT_EQ(outcome.data, row.data);
+    EXPECT_EQ(outcome.status(), 200);
+  }
+}
+
 TEST_F(URLSessionReplyTest, AnUploadReplyOver1MiBEndsAsAnError) {
   const auto file = folder_.writePattern("file", 10);
   server_.onRequest([](const Request& got) {
