@@ -7,6 +7,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
+# For all targets: precompiled headers are only shared between targets with the same options.
+add_compile_options(-pthread)
 
 find_program(CCACHE ccache)
 if(CCACHE)
