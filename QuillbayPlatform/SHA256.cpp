@@ -19,10 +19,6 @@ void require(bool succeeded) {
   if (!succeeded) std::abort();
 }
 
-struct ContextDeleter {
-  void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
-};
-
 }  // namespace
 
 struct SHA256::Context {
@@ -30,7 +26,10 @@ struct SHA256::Context {
     require(EVP_DigestInit_ex2(digest.get(), sha256Algorithm(), nullptr) == 1);
   }
 
-  std::unique_ptr<EVP_MD_CTX, ContextDeleter> digest{EVP_MD_CTX_new()};
+  struct Deleter {
+    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+  };
+  std::unique_ptr<EVP_MD_CTX, Deleter> digest{EVP_MD_CTX_new()};
 };
 
 SHA256::SHA256() : context_(std::make_unique<Context>()) {

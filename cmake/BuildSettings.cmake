@@ -18,6 +18,11 @@ endif()
 # Without -Wrestrict: gcc 12 sees overlaps in the sum of two strings that cannot be.
 add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -Wno-restrict)
 
+# What one file calls its own may shadow what another does, where both are compiled as one.
+if(CMAKE_UNITY_BUILD)
+  add_compile_options(-Wno-shadow)
+endif()
+
 # "address" (with undefined) or "thread"; see the presets.
 set(QUILLBAY_SANITIZE "" CACHE STRING "Sanitizer to build with: address, thread or none")
 if(QUILLBAY_SANITIZE STREQUAL "address")

@@ -36,9 +36,9 @@ void run(const CommandLine& line) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const auto parsed = parseCommandLine(argumentCount, arguments);
-  if (const int* status = std::get_if<int>(&parsed)) return *status;
   try {
+    const auto parsed = parseCommandLine(argumentCount, arguments);
+    if (const int* status = std::get_if<int>(&parsed)) return *status;
     run(std::get<CommandLine>(parsed));
     return 0;
   } catch (const std::exception& error) {

@@ -1,5 +1,5 @@
 #include <QuillbayCloud/ui/ImageView.h>
-#include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayCloud/ui/LocalizedText.h>
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCore/DateExpirationOption.h>
@@ -27,13 +27,11 @@ constexpr int kControlWidth = 145;
 constexpr int kPreviewSize = 80;
 constexpr int kRowSpacing = 14;
 constexpr int kColumnSpacing = 8;
-constexpr int kSectionSpacing = 24;
-constexpr int kContentInset = 16;
+constexpr int kPreviewSpacing = 24;
+constexpr int kFormInset = 16;
 constexpr qsizetype kMaximumFieldLength = 30;
 constexpr qreal kUnavailableOpacity = 0.4;
 constexpr std::array kRowsWithoutDirectLink = {0, 1, 4};
-
-QString text(std::string_view key) { return QString::fromStdString(Localized(key)); }
 
 QString unitText(const char* key, const DateExpirationOption& option) {
   return QString::fromStdString(platform::formatted(core::Localized(key), option.count()));
@@ -53,24 +51,24 @@ QString expirationText(const DateExpirationOption& option) {
     case Unit::never:
       break;
   }
-  return text("expiration.never");
+  return localizedText("expiration.never");
 }
 
 QString linkTypeText(SessionLinkType::Case linkType) {
   switch (linkType) {
     case SessionLinkType::directDownload:
-      return text("link-type.direct-download");
+      return localizedText("link-type.direct-download");
     case SessionLinkType::directLink:
-      return text("link-type.direct");
+      return localizedText("link-type.direct");
     case SessionLinkType::page:
       break;
   }
-  return text("link-type.page");
+  return localizedText("link-type.page");
 }
 
 /// What a screen reader says for a control beside a label: "Title" for "Title:".
 QString spokenName(const char* labelKey) {
-  QString name = text(labelKey);
+  QString name = localizedText(labelKey);
   if (name.endsWith(':')) name.chop(1);
   return name;
 }
@@ -121,7 +119,7 @@ SessionConfigurationView::SessionConfigurationView()
 void SessionConfigurationView::setUpControls() {
   setUpTextField(titleTextField_, "title-label.title");
   setUpTextField(passwordTextField_, "password-label.title");
-  const QString passwordRule = text("alert.invalid-password.message");
+  const QString passwordRule = localizedText("alert.invalid-password.message");
   passwordTextField_.setToolTip(passwordRule);
   passwordTextField_.setAccessibleDescription(passwordRule);
 
@@ -147,7 +145,7 @@ void SessionConfigurationView::setUpTextField(QLineEdit& field, const char* labe
   QPalette palette = field.palette();
   palette.setColor(QPalette::Base, Qt::transparent);
   field.setPalette(palette);
-  field.setPlaceholderText(text("title-text-field.placeholder"));
+  field.setPlaceholderText(localizedText("title-text-field.placeholder"));
   field.setFixedWidth(kControlWidth);
   field.setAccessibleName(spokenName(labelKey));
   field.installEventFilter(this);
@@ -172,15 +170,15 @@ void SessionConfigurationView::layOut() {
     gridView_.addWidget(&row.control, index, 1, Qt::AlignLeft | Qt::AlignVCenter);
     ++index;
   }
-  generatesLongLinkButton_.setText(mnemonics_.assign(text("long-links.title")));
+  generatesLongLinkButton_.setText(mnemonics_.assign(localizedText("long-links.title")));
   gridView_.addWidget(&generatesLongLinkButton_, index, 1, Qt::AlignLeft | Qt::AlignVCenter);
   gridView_.setColumnStretch(1, 1);
 
   auto* const stack = new QHBoxLayout(this);
   // The frame is a part of the form, and of its margin.
-  const int margin = kContentInset - frameWidth();
+  const int margin = kFormInset - frameWidth();
   stack->setContentsMargins(margin, margin, margin, margin);
-  stack->setSpacing(kSectionSpacing);
+  stack->setSpacing(kPreviewSpacing);
   stack->addLayout(&gridView_);
   stack->setAlignment(&gridView_, Qt::AlignTop);
   stack->addWidget(&imageView_, 0, Qt::AlignTop);
@@ -195,7 +193,7 @@ QLabel* SessionConfigurationView::makeLabel(const char* key, QWidget& buddy) {
   auto* const label = new QLabel;
   // A text without a letter left would be taken for markup, should it look like it.
   label->setTextFormat(Qt::PlainText);
-  label->setText(mnemonics_.assign(text(key)));
+  label->setText(mnemonics_.assign(localizedText(key)));
   label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   label->setForegroundRole(QPalette::PlaceholderText);
   label->setBuddy(&buddy);

@@ -1,7 +1,7 @@
 #include <QuillbayCloud/ui/HeaderTextField.h>
 #include <QuillbayCloud/ui/HelpButton.h>
 #include <QuillbayCloud/ui/ImageView.h>
-#include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayCloud/ui/LocalizedText.h>
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCloud/ui/ShareSheetLayout.h>
@@ -32,8 +32,6 @@ constexpr qsizetype kMinimumPasswordLength = 4;
 constexpr int kLineHeightPercent = 130;
 constexpr const char* kProductLine = "Quillbay Cloud\n";
 constexpr const char* kInformationPage = "https://www.quillbay.example/services/quillbay-cloud";
-
-QString text(std::string_view key) { return QString::fromStdString(Localized(key)); }
 
 bool isReturn(const QKeyEvent& event) {
   return (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) &&
@@ -72,9 +70,9 @@ ShareViewController::ShareViewController(Configuration configuration)
   headerTextField_->setDocument(*makeHeaderText());
 
   platform::Mnemonics& mnemonics = configurationView_->mnemonics();
-  shareButton_->setText(mnemonics.assign(text("share-window.share-button.title")));
+  shareButton_->setText(mnemonics.assign(localizedText("share-window.share-button.title")));
   shareButton_->setDefault(true);
-  cancelButton_->setText(mnemonics.assign(text("share-window.cancel-button.title")));
+  cancelButton_->setText(mnemonics.assign(localizedText("share-window.cancel-button.title")));
   // Return presses a button that has the focus, as in every dialog.
   cancelButton_->setAutoDefault(true);
 }
@@ -82,7 +80,7 @@ ShareViewController::ShareViewController(Configuration configuration)
 ShareViewController::~ShareViewController() = default;
 
 std::unique_ptr<QTextDocument> ShareViewController::makeHeaderText() {
-  const QString description = text("share-window.description");
+  const QString description = localizedText("share-window.description");
   auto document = std::make_unique<QTextDocument>();
   document->setDocumentMargin(0);
 
@@ -184,8 +182,8 @@ void ShareViewController::showInvalidPasswordAlert() {
   auto* const alert = new QMessageBox(QMessageBox::Warning, {}, {}, QMessageBox::Ok, window);
   alert->setAttribute(Qt::WA_DeleteOnClose);
   alert->setTextFormat(Qt::PlainText);
-  alert->setText(text("alert.invalid-password.title"));
-  alert->setInformativeText(text("alert.invalid-password.message"));
+  alert->setText(localizedText("alert.invalid-password.title"));
+  alert->setInformativeText(localizedText("alert.invalid-password.message"));
   alert->setWindowModality(Qt::WindowModal);
   alert->open();
 }

@@ -15,10 +15,6 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-bool isNamed(std::string_view coding, std::string_view name) {
-  return coding.size() == name.size() && strncasecmp(coding.data(), name.data(), name.size()) == 0;
-}
-
 bool isStatusLine(std::string_view line) { return line.starts_with("HTTP/"); }
 
 int statusIn(std::string_view statusLine) {
@@ -73,9 +69,10 @@ bool ReplyCollector::appendBody(std::string_view bytes) {
   return true;
 }
 
-std::optional<std::string> ReplyCollector::takeUnpackedBody(std::string_view coding) {
-  if (body_.empty() || coding.empty() || isNamed(coding, "identity")) return takeBody();
-  if (!isNamed(coding, "gzip") && !isNamed(coding, "x-gzip")) return std::nullopt;
+std::optional<std::string> ReplyCollector::takeUnpackedBody(const std::string& coding) {
+  const auto isNamed = [&](const char* name) { return strcasecmp(coding.c_str(), name) == 0; };
+  if (body_.empty() || coding.empty() || isNamed("identity")) return takeBody();
+  if (!isNamed("gzip") && !isNamed("x-gzip")) return std::nullopt;
   overLimit_ = gzipUnpackedByteCount(body_) > maximumByteCount_;
   return overLimit_ ? std::nullopt : unpackGzip(body_);
 }

@@ -35,7 +35,7 @@ class ReplyCollector {
   std::string takeBody() { return std::move(body_); }
   /// The body without its content coding (RFC 9110, section 8.4.1). Nothing if it is over the limit
   /// then, damaged, or in another coding than gzip.
-  std::optional<std::string> takeUnpackedBody(std::string_view coding);
+  std::optional<std::string> takeUnpackedBody(const std::string& coding);
 
  private:
   const std::size_t maximumByteCount_;

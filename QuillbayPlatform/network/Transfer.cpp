@@ -251,7 +251,7 @@ Transfer::State Transfer::deliver(const HTTPURLResponse& response) {
   }
   auto body =
       reply_.takeUnpackedBody(response.valueForHTTPHeaderField("Content-Encoding").value_or(""));
-  if (body) return finish({std::move(*body), response, nullptr});
+  if (body) return finish({std::move(body), response, nullptr});
   return finish({std::nullopt, response, transportError(CURLE_BAD_CONTENT_ENCODING)});
 }
 

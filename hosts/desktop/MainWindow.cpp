@@ -25,7 +25,7 @@ namespace {
 
 using Phase = ShareRun::Phase;
 
-constexpr int kMargin = 16;
+constexpr int kFilesLineMargin = 16;
 constexpr QSize kDropSize(460, 340);
 constexpr qsizetype kMostProblemsShown = 8;
 
@@ -91,7 +91,7 @@ void MainWindow::makeForm() {
 QWidget* MainWindow::makeFilesLine() {
   auto* const line = new QWidget;
   auto* const layout = new QHBoxLayout(line);
-  layout->setContentsMargins(kMargin, kMargin, kMargin, 0);
+  layout->setContentsMargins(kFilesLineMargin, kFilesLineMargin, kFilesLineMargin, 0);
   filesLabel_ = new ElidedLabel(files_.summary());
   layout->addWidget(filesLabel_, 1);
   auto* const addButton = new QPushButton(localized("files.add"));

@@ -24,7 +24,7 @@ namespace {
 
 using Phase = ShareRun::Phase;
 
-constexpr int kMargin = 16;
+constexpr int kPageMargin = 16;
 constexpr int kSpacing = 12;
 constexpr int kBarSteps = 1000;
 constexpr std::chrono::milliseconds kRefreshInterval{200};
@@ -121,7 +121,7 @@ void RunPage::layOut(const QString& filesSummary) {
   }
 
   auto* const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+  layout->setContentsMargins(kPageMargin, kPageMargin, kPageMargin, kPageMargin);
   layout->setSpacing(kSpacing);
   layout->addWidget(&headline_);
   layout->addWidget(files);

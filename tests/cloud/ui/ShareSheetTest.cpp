@@ -36,8 +36,6 @@ void click(QWidget& widget) {
   processEvents();
 }
 
-QString localizedText(const char* key) { return QString::fromStdString(Localized(key)); }
-
 SessionConfiguration linkWith(SessionLinkType linkType, std::optional<std::string> password) {
   return {std::nullopt, std::nullopt, linkType, std::move(password), false};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QuillbayCloud/ui/LocalizedText.h>
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCloud/ui/ShareViewController.h>
@@ -33,7 +34,6 @@ void pressMnemonic(const QString& text);
 /// With the mouse, in the middle.
 void click(QWidget& widget);
 
-QString localizedText(const char* key);
 SessionConfiguration linkWith(SessionLinkType linkType,
                               std::optional<std::string> password = std::nullopt);
 
