@@ -64,12 +64,5 @@ TEST(ExpirationArgument, isAnInstantToComeOrARefusalThatSaysWhy) {
                    1'706'745'601.25);
 }
 
-TEST(ExpirationArgument, datesThatRFC3339CannotWriteHaveNoText) {
-  using platform::dateFromSecondsSince1970;
-  EXPECT_EQ(rfc3339Text(dateFromSecondsSince1970(-0.5)), "1969-12-31T23:59:59Z");
-  EXPECT_EQ(rfc3339Text(dateFromSecondsSince1970(253'402'300'800.0)), std::nullopt);
-  EXPECT_EQ(rfc3339Text(dateFromSecondsSince1970(-1e300)), std::nullopt);
-}
-
 }  // namespace
 }  // namespace quillbay::cli

@@ -33,13 +33,6 @@ TEST_F(Interrupted, keepLeavesTheSession) {
   EXPECT_EQ(count(Call::deleteSession), 0U);
 }
 
-TEST_F(Interrupted, anUnconfirmedDeletionIsSaid) {
-  stall(Call::deleteSession);
-  const auto program = startStalled(Call::store, {.arguments = {"share", file_}});
-  interrupt(*program);
-  EXPECT_TRUE(program->error().contains("has not confirmed")) << program->error();
-}
-
 TEST_F(Interrupted, aSecondSignalEndsAtOnce) {
   stall(Call::deleteSession);
   const auto program = startStalled(Call::store, {.arguments = {"share", file_}});

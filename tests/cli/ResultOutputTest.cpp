@@ -56,16 +56,6 @@ TEST(ResultOutput, anEventIsOneLineOfASCIIWithWhatIsKnown) {
 )");
 }
 
-TEST(ResultOutput, theCasesWithoutValuesKeepTheirNames) {
-  const auto caseName = [](const QuillbayCloudError& error) {
-    return std::string(FailureReport::of(error).caseName());
-  };
-  EXPECT_EQ(caseName(QuillbayCloudError::invalidFile()), "invalidFile");
-  EXPECT_EQ(caseName(QuillbayCloudError::invalidResponse()), "invalidResponse");
-  EXPECT_EQ(caseName(QuillbayCloudError::missingItems()), "missingItems");
-  EXPECT_EQ(caseName(QuillbayCloudError::fingerprintFailure()), "fingerprintFailure");
-}
-
 TEST(ResultOutput, progressNeverFallsRepeatsOrReachesOneBeforeTheEnd) {
   const auto use = [](ResultOutput& out) {
     for (const double fraction : {0.0, 0.42, 0.42001, 0.3, 0.99999, 1.0}) out.progressed(fraction);
@@ -73,18 +63,6 @@ TEST(ResultOutput, progressNeverFallsRepeatsOrReachesOneBeforeTheEnd) {
   EXPECT_EQ(written(ResultOutput::json, use),
             "{\"event\":\"progress\",\"fraction\":0.42}\n"
             "{\"event\":\"progress\",\"fraction\":0.9999}\n");
-}
-
-TEST(ResultOutput, plainOutputIsTheLinkAlone) {
-  const auto use = [](ResultOutput& out) {
-    out.doomedSessionCreated(kFullSession);
-    out.sessionCreated(kFullSession);
-    out.progressed(0.5);
-    out.failed(FailureReport::of(QuillbayCloudError::invalidFile()));
-    out.deleted();
-    out.done();
-  };
-  EXPECT_EQ(written(ResultOutput::plain, use), "https://x/s\n");
 }
 
 }  // namespace

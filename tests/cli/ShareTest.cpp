@@ -129,13 +129,6 @@ TEST_F(Share, aReaderThatLeavesWhenEverythingIsUploadedLosesNothing) {
   EXPECT_EQ(count(Call::deleteSession), 0U);
 }
 
-TEST_F(Share, aServiceThatIsNotThereIsAFailureWithAReason) {
-  service_.server().stop();
-  const auto program = run(1, {.arguments = {"share", file_}});
-  EXPECT_EQ(program->output(), "");
-  EXPECT_TRUE(program->error().contains("no session was created: ")) << program->error();
-}
-
 TEST_F(Share, secretsAndCertificatesThatCannotBeReadAreUsageErrors) {
   const std::string empty = folder_.write("empty", "\nsecret\n");
   const std::string brief = folder_.write("brief", "abc");

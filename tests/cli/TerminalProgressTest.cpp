@@ -30,14 +30,6 @@ TEST(UploadLine, givesUpItsPiecesOneByOneAsTheTerminalNarrows) {
   }
 }
 
-TEST(UploadLine, isColouredOnlyWhereColoursAreWanted) {
-  EXPECT_FALSE(kLine.text({}).contains('\x1b'));
-  EXPECT_TRUE(LineStyle::ofEnvironment().colours);
-  ::setenv("NO_COLOR", "1", 1);
-  EXPECT_FALSE(LineStyle::ofEnvironment().colours);
-  ::unsetenv("NO_COLOR");
-}
-
 host::TransferEstimate::Clock::time_point at(double secondCount) {
   return host::TransferEstimate::Clock::time_point(
       std::chrono::duration_cast<host::TransferEstimate::Clock::duration>(
@@ -62,16 +54,6 @@ TEST(TransferEstimate, theRemainingTimeFollowsTheSpeedOfTheLastSeconds) {
   EXPECT_NEAR(static_cast<double>(estimate.remaining()->count()), 90, 2);
   for (int step = 1; step <= 300; ++step) estimate.update(0.1, at(10 + (step * 0.1)));
   EXPECT_GT(estimate.remaining()->count(), 900);
-}
-
-TEST(TransferEstimate, emptyFilesAndFractionsOutOfRangeDoNoHarm) {
-  host::TransferEstimate estimate({0, 0}, at(0));
-  estimate.update(-1, at(0));
-  EXPECT_EQ(estimate.fraction(), 0);
-  estimate.update(2, at(1));
-  EXPECT_EQ(estimate.fraction(), 1);
-  estimate.update(0.5, at(2));
-  EXPECT_EQ(estimate.fraction(), 1);
 }
 
 }  // namespace

@@ -59,14 +59,5 @@ TEST(Program, AnnouncesItselfAndStopsOnASignalWithConnectionsOpen) {
   }
 }
 
-TEST(Program, TellsUsageFromFailure) {
-  const TemporaryFolder folder;
-  EXPECT_EQ(Program("--version").exitStatus(), 0);
-  EXPECT_EQ(Program("--port 70000").exitStatus(), 2);
-  Program failing("--port 0 --data " + folder.write("file", "").string());
-  EXPECT_TRUE(failing.line().starts_with("quillbay-sandbox: "));
-  EXPECT_EQ(failing.exitStatus(), 1);
-}
-
 }  // namespace
 }  // namespace quillbay::sandbox

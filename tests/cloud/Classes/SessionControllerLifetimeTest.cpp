@@ -154,14 +154,5 @@ TEST_F(SessionControllerLifetime, SurvivesReleaseAfterAnyNumberOfTurns) {
   settle();
 }
 
-TEST_F(SessionControllerLifetime, EmptyCallbacksAreAllowed) {
-  const auto controller =
-      SessionController::create({"host-1", files(2)}, cloud::SessionConfiguration::default_());
-  controller->createSession(nullptr, nullptr);
-  SessionController::deleteSession("session-1", "host-1", FakeService::token, nullptr);
-  EXPECT_TRUE(waitUntil([&] { return lastCall() == "finalize item-1"; }));
-  settle();
-}
-
 }  // namespace
 }  // namespace quillbay::test

@@ -91,18 +91,6 @@ TEST_F(SessionItemUploaderTest, AsksPutsAndFinalizesAndLogsEachStep) {
                    "debug finalizeUpload(etag:): Finished upload finalization"}));
 }
 
-TEST_F(SessionItemUploaderTest, ASessionWithoutTokenSendsTheEmptyText) {
-  session_ = *decoded<Session>(
-      R"({"id":"s","url":"https://q.example",
-          "items":[{"id":"item-1","is_uploaded":false,"fingerprint":""}]})");
-  const auto address = service_.server().address("/store/item-1");
-  answer(Call::uploadUrl, Reply::json(R"({"url":")" + address + R"("})"));
-  upload();
-  for (const Call call : {Call::uploadUrl, Call::finalize}) {
-    EXPECT_EQ(service_.requests(call).at(0).field("X-QUILLBAY-SESSION-TOKEN"), "");
-  }
-}
-
 TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachStep) {
   const struct {
     const char* name;

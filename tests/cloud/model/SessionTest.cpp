@@ -64,12 +64,6 @@ TEST(Session, CopiesShareTheirItems) {
   EXPECT_EQ(&items(assigned), &items(session));
 }
 
-TEST(Session, StaysWholeWhenMovedFrom) {
-  Session session = *decoded<Session>(kFullSession);
-  const Session taken = std::move(session);
-  EXPECT_EQ(session, taken);
-}
-
 TEST(Session, FailsWholeAtARequiredKeyThatDoesNotFit) {
   const std::string start = R"({"id":"s","url":"https://q.example")";
   for (const std::string& json :

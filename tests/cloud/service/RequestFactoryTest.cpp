@@ -156,18 +156,5 @@ TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
   }
 }
 
-TEST(MimeTypes, OnlyTheLastExtensionOfTheNameCounts) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"/a/IMAGE.PNG", "image/png"},
-      {"backup.tar.gz", "application/octet-stream"},
-      {"a.b.jpeg", "image/jpeg"},
-      {"/folder.png/name", "application/octet-stream"},
-      {"", "application/octet-stream"},
-      {"x.svgz", "image/svg+xml"},
-      {"x.\xC3\x9F", "application/octet-stream"},
-  };
-  for (const auto& [path, type] : rows) EXPECT_EQ(cloud::mimeType(path), type) << path;
-}
-
 }  // namespace
 }  // namespace quillbay::test

@@ -87,17 +87,6 @@ TEST_F(SessionConfigurationViewTest, TheCutLeavesTheCursorAndCanBeUndone) {
   EXPECT_EQ(field.text(), kThirty);
 }
 
-TEST_F(SessionConfigurationViewTest, WhatAProgramSetsIsCutOnlyWhenTheUserEditsIt) {
-  show();
-  QLineEdit& field = form().titleTextField();
-  field.setText(kThirty + kThirty);
-  EXPECT_EQ(field.text(), kThirty + kThirty);
-  press(Qt::Key_Backspace);
-  EXPECT_EQ(field.text(), kThirty);
-  QTest::keySequence(&field, QKeySequence::Undo);
-  EXPECT_EQ(field.text(), kThirty) << "undoing is editing too";
-}
-
 TEST_F(SessionConfigurationViewTest, ADirectLinkDimsAndDisablesWhatItDoesNotHave) {
   show();
   for (const auto linkType : {SessionLinkType::directLink, SessionLinkType::directDownload}) {
@@ -192,35 +181,6 @@ TEST_F(SessionConfigurationViewTest, TheSpacingsAreExactAtEverySize) {
     EXPECT_GE(form().linkTypeButton().width(), 145);
   }
   EXPECT_EQ(form().sizeHint().height(), form().gridView().sizeHint().height() + 16 + 16);
-}
-
-TEST(SessionConfigurationView, TheMenusAndPlaceholdersAreInTheUsersLanguage) {
-  struct Row {
-    const char* language;
-    QStringList expirations;
-    QStringList linkTypes;
-  };
-  const Row rows[] = {
-      {"en",
-       {"30 minutes", "2 hours", "24 hours", "7 days", "30 days", "12 months", "Never"},
-       {"Page", "Download", "Direct link"}},
-      {"de",
-       {"30 Minuten", "2 Stunden", "24 Stunden", "7 Tage", "30 Tage", "12 Monate", "Nie"},
-       {"Seite", "Download", "Direkter Link"}},
-  };
-  for (const Row& row : rows) {
-    platform::setPreferredLanguages({row.language});
-    const SessionConfigurationView form;
-    QStringList items;
-    for (const QComboBox* const menu : {&form.linkExpirationButton(), &form.linkTypeButton()}) {
-      for (int index = 0; index < menu->count(); ++index) items << menu->itemText(index);
-    }
-    EXPECT_EQ(items, row.expirations + row.linkTypes);
-    for (const QLineEdit* const field : form.findChildren<QLineEdit*>()) {
-      EXPECT_EQ(field->placeholderText(), localizedText("title-text-field.placeholder"));
-    }
-  }
-  platform::setPreferredLanguages({});
 }
 
 }  // namespace

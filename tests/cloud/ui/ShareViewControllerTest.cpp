@@ -133,13 +133,6 @@ TEST_F(ShareViewControllerTest, APasswordOfOneToThreeCharactersIsRefusedWithAnAl
   }
 }
 
-TEST_F(ShareViewControllerTest, AShortPasswordOutsideAWindowIsRefusedWithoutAnAlert) {
-  create(linkWith(SessionLinkType::page, "abc"));
-  controller_->didSelectShareButton();
-  EXPECT_TRUE(controller_->view().findChildren<QMessageBox*>().isEmpty());
-  EXPECT_TRUE(confirmed_.empty());
-}
-
 TEST_F(ShareViewControllerTest, AKeyInAnyControlOfTheFormCallsOnceHoweverLongItIsHeld) {
   struct Row {
     const char* name;
@@ -221,18 +214,6 @@ TEST_F(ShareViewControllerTest, ShareStaysTheDefaultButtonWhateverHasHadTheFocus
   }
 }
 
-TEST_F(ShareViewControllerTest, WithoutCallbacksShareStillReplacesTheConfiguration) {
-  create(linkWith(SessionLinkType::directDownload));
-  controller_->setOnConfirm({});
-  controller_->setOnCancel({});
-  show();
-  press(Qt::Key_Escape);
-  EXPECT_EQ(controller_->sessionConfiguration().title(), std::nullopt);
-  press(Qt::Key_Return);
-  EXPECT_EQ(controller_->sessionConfiguration(),
-            SessionConfiguration("", {}, SessionLinkType::directDownload, "", false));
-}
-
 TEST_F(ShareViewControllerTest, ACallbackMayReleaseTheController) {
   const std::pair<const char*, std::function<void()>> rows[] = {
       {"Return in a field", [&] { press(Qt::Key_Return); }},
@@ -264,18 +245,6 @@ TEST_F(ShareViewControllerTest, ACallbackMayReleaseTheController) {
   }
 }
 
-TEST_F(ShareViewControllerTest, ACallbackMaySetAnother) {
-  show();
-  std::string calls;
-  controller_->setOnConfirm([this, &calls](const SessionConfiguration&) {
-    controller_->setOnConfirm([&calls](const SessionConfiguration&) { calls += " second"; });
-    calls += "first";
-  });
-  press(Qt::Key_Return);
-  press(Qt::Key_Return);
-  EXPECT_EQ(calls, "first second");
-}
-
 TEST_F(ShareViewControllerTest, MayBeReleasedInEveryPhase) {
   const std::pair<const char*, std::function<void()>> phases[] = {
       {"created", [] {}},
@@ -297,38 +266,6 @@ TEST_F(ShareViewControllerTest, MayBeReleasedInEveryPhase) {
   ASSERT_NE(alert(), nullptr);
   press(Qt::Key_Return);
   EXPECT_EQ(alert(), nullptr);
-}
-
-TEST_F(ShareViewControllerTest, TheHeaderHasABoldLineAndTheDescriptionBelow) {
-  const HeaderTextField& header = controller_->headerTextField();
-  QTextDocument document;
-  document.setHtml(header.text());
-  ASSERT_EQ(document.toPlainText(), "Quillbay Cloud\n" + localizedText("share-window.description"));
-  for (QTextBlock line = document.begin(); line.isValid(); line = line.next()) {
-    SCOPED_TRACE(line.text().toStdString());
-    const auto weight = line == document.begin() ? QFont::Bold : QFont::Normal;
-    for (auto part = line.begin(); !part.atEnd(); ++part) {
-      EXPECT_EQ(part.fragment().charFormat().fontWeight(), weight);
-    }
-    EXPECT_EQ(line.blockFormat().alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
-    EXPECT_EQ(line.blockFormat().lineHeight(), 130);
-  }
-  EXPECT_NEAR(header.heightForWidth(2000), 2 * 1.3 * header.fontMetrics().height(), 2);
-}
-
-TEST_F(ShareViewControllerTest, ABrandingImageShowsAtOnce) {
-  show();
-  QImage image(40, 20, QImage::Format_RGB32);
-  for (const QColor color : {Qt::red, Qt::blue}) {
-    image.fill(color);
-    controller_->setBrandingImage(image);
-    processEvents();
-    const QRect area(controller_->view().width() - 12 - 40, 12, 40, 20);
-    const QImage shown = controller_->view().grab().toImage();
-    EXPECT_EQ(shown.pixelColor(area.topLeft()), color);
-    EXPECT_EQ(shown.pixelColor(area.bottomRight()), color);
-    EXPECT_NE(shown.pixelColor(area.topLeft() - QPoint(1, 0)), color);
-  }
 }
 
 }  // namespace
