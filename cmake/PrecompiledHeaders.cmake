@@ -1,6 +1,5 @@
 # Most of the compile time goes into reading the standard library, and Qt. Two targets read them for
-# all others; clang-tidy and the release build do without, so that no file comes to lean on a header
-# that it does not include.
+# all others, where CMAKE_DISABLE_PRECOMPILE_HEADERS is off.
 
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/nothing.cpp CONTENT "")
 
