@@ -78,6 +78,14 @@ bool isScalar(std::string_view token) {
   return token == "true" || token == "false" || token == "null" || isNumber(token);
 }
 
+/// Moves the parser past a scalar. What it finds unconsumed it skips, and a string before a colon
+/// it then takes for a key, with everything up to the next closing bracket.
+bool consume(ondemand::value& value, std::string_view token) {
+  if (!token.starts_with('"')) return true;
+  ondemand::raw_json_string string;
+  return get(value.get_raw_json_string(), string);
+}
+
 }  // namespace
 
 /// A text that was walked through once: the places of all its values, in document order. The walk
@@ -227,7 +235,7 @@ bool JSONReader::Document::walkValue(ondemand::value value, const char* key, int
     ondemand::array array;
     return get(value.get_array(), array) && walkArray(array, depth + 1);
   }
-  return isScalar(token);
+  return isScalar(token) && consume(value, token);
 }
 
 bool JSONReader::Document::walkObject(ondemand::object object, int depth) {

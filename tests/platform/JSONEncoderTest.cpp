@@ -46,6 +46,8 @@ TEST(JSONEncoder, WritesDatesAsShortestNumbersAndWholeSecondsSince1970AsIntegers
   const JSONEncoder from1970(JSONDatePolicy::secondsSince1970);
   EXPECT_EQ(from1970.encode(at(1767225600)).value(), R"({"name":"","date":1767225600})");
   EXPECT_EQ(from1970.encode(at(1767225600.1)).value(), R"({"name":"","date":1767225600.1})");
+  // The next whole number after the last one that every reader of integers has exactly.
+  EXPECT_EQ(from1970.encode(at(0x1p53 + 2)).value(), R"({"name":"","date":9.007199254740994e+15})");
   EXPECT_EQ(JSONEncoder().encode(at(978307200)).value(), R"({"name":"","date":0.0})");
 }
 
