@@ -1,5 +1,6 @@
 #include <QuillbayPlatform/FileHandle.h>
 #include <QuillbayPlatform/ProcessExit.h>
+#include <QuillbayPlatform/SingleLine.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -41,7 +42,7 @@ FileError::FileError(std::string operation, std::string path, std::string reason
     : operation_(std::move(operation)), path_(std::move(path)), reason_(std::move(reason)) {}
 
 std::string FileError::description() const {
-  return "Cannot " + operation_ + " " + path_ + ": " + reason_;
+  return singleLine("Cannot " + operation_ + " " + path_ + ": " + reason_);
 }
 
 std::expected<FileAttributes, ErrorPtr> fileAttributes(const URL& fileURL) {

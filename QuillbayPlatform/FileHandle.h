@@ -23,7 +23,8 @@ struct FileAttributes {
 /// system. Fails with a `FileError`.
 std::expected<FileAttributes, ErrorPtr> fileAttributes(const URL& fileURL);
 
-/// A failed operation on a file: which, and the system's reason.
+/// A failed operation on a file: which, and the system's reason. The description shows the path as
+/// `singleLine` does: a name may hold any byte.
 class FileError final : public Error {
  public:
   FileError(std::string operation, std::string path, int systemErrorNumber);

@@ -1,7 +1,7 @@
 #include <QuillbayCloud/model/QuillbayCloudError.h>
-#include <QuillbayCloud/model/SingleLine.h>
 #include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayPlatform/SingleLine.h>
 
 namespace quillbay::cloud {
 namespace {
@@ -63,8 +63,8 @@ std::string QuillbayCloudError::description() const {
       Overloaded{
           [](const Aws& aws) { return "aws: " + aws.error.description(); },
           [](const Webservice& refusal) {
-            return singleLine("webservice: status " + std::to_string(refusal.status) + ": " +
-                              refusal.localizedMessage);
+            return platform::singleLine("webservice: status " + std::to_string(refusal.status) +
+                                        ": " + refusal.localizedMessage);
           },
           [](const Underlying& inner) { return "underlying: " + inner.error->description(); },
           [](const InvalidFile&) -> std::string { return "invalidFile"; },

@@ -1,10 +1,11 @@
 #include <QuillbayCloud/service/AmazonError.h>
-
-#include <QuillbayCloud/model/SingleLine.h>
+#include <QuillbayPlatform/SingleLine.h>
 
 namespace quillbay::cloud {
 
-std::string AmazonError::description() const { return singleLine(type_ + ": " + message_); }
+std::string AmazonError::description() const {
+  return platform::singleLine(type_ + ": " + message_);
+}
 
 std::expected<AmazonError, platform::ErrorPtr> AmazonError::decode(platform::JSONReader& reader) {
   auto type = reader.required<std::string>("type");

@@ -29,7 +29,8 @@ class Configuration {
   /// `debug` tells of progress, `error` of failures. `file` is the source file, `function` the name
   /// of the operation with its argument labels ("uploadItem(url:)"), `line` counts from 1,
   /// `context` is always empty. They are called on the main queue and on background queues, several
-  /// at a time, and must not throw. Messages hold no password, no token and no presigned query.
+  /// at a time, and must not throw. Messages are single lines of
+  /// UTF-8 without control characters, and hold no password, no token and no presigned query.
   template <class Logger>
   static void setLog() {
     static constexpr EntryPoints entryPoints = {&Logger::debug, &Logger::error};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayCloud/service/Configuration.h>
+#include <QuillbayPlatform/SingleLine.h>
 
 #include <any>
 #include <concepts>
@@ -10,7 +11,8 @@
 namespace quillbay::cloud {
 
 /// Internal: hands messages to the host's logger, if there is one; without one no message is made.
-/// `function` is the operation's name with its argument labels. Any thread.
+/// `function` is the operation's name with its argument labels. A message is handed over as
+/// `singleLine`: the identifiers, entity tags and error texts in it come from servers. Any thread.
 class Log {
  public:
   template <std::invocable MakeMessage>
@@ -33,8 +35,8 @@ class Log {
   template <class MakeMessage>
   static void write(Configuration::EntryPoint entryPoint, std::string_view function,
                     MakeMessage& makeMessage, const std::source_location& place) {
-    entryPoint(std::ref(makeMessage), place.file_name(), function, static_cast<int>(place.line()),
-               std::any());
+    const auto makeLine = [&] { return platform::singleLine(makeMessage()); };
+    entryPoint(makeLine, place.file_name(), function, static_cast<int>(place.line()), std::any());
   }
 };
 

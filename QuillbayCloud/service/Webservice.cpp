@@ -1,5 +1,5 @@
-#include <QuillbayCloud/model/SingleLine.h>
 #include <QuillbayCloud/service/Webservice.h>
+#include <QuillbayPlatform/SingleLine.h>
 #include <QuillbayPlatform/URLSession.h>
 
 #include <optional>
@@ -56,8 +56,8 @@ Webservice::Error::~Error() = default;
 
 std::string Webservice::Error::description() const {
   if (const auto* cloud = as<Cloud>()) {
-    return singleLine("the service refused with status " + std::to_string(cloud->error.status) +
-                      ": " + cloud->error.message);
+    return platform::singleLine("the service refused with status " +
+                                std::to_string(cloud->error.status) + ": " + cloud->error.message);
   }
   if (const auto* underlying = as<Underlying>()) return underlying->error->description();
   return "the service's reply could not be understood";
