@@ -17,6 +17,10 @@ Date addingMonths(Date start, int count) {
   return Date(std::chrono::sys_days(target)) + timeOfDay;
 }
 
+/// The end of the last year of the calendar, 32767.
+constexpr Date kEndOfCalendar =
+    std::chrono::sys_days(std::chrono::year::max() / std::chrono::December / 31);
+
 Date thisMoment() { return std::chrono::system_clock::now(); }
 
 }  // namespace
@@ -44,7 +48,8 @@ std::vector<DateExpirationOption> DateExpirationOption::defaultOptions() {
 }
 
 DateExpirationOption DateExpirationOption::closest(std::optional<Date> date, Date now) {
-  if (!date) return never();
+  // Also a date that is not a number: it compares with none.
+  if (!date || !(*date <= kEndOfCalendar)) return never();
   std::vector<DateExpirationOption> options = defaultOptions();
   std::erase(options, never());
   return *std::ranges::min_element(options, {}, [&](const DateExpirationOption& option) {

@@ -24,7 +24,8 @@ class DateExpirationOption {
   static std::vector<DateExpirationOption> defaultOptions();
 
   /// The default option whose end, counted from `now`, lies nearest to `date`, the shorter of two
-  /// that are as near; never for an absent date, and for that alone.
+  /// that are as near; never for an absent date, one after the calendar's last year (32767), and
+  /// one that is not a number, and for these alone. `now` must lie within the calendar.
   static DateExpirationOption closest(std::optional<platform::Date> date, platform::Date now);
 
   /// The same, counted from this moment.

@@ -58,7 +58,8 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   /// same session when every file has arrived, or, at any stage, with the error that ended the run:
   ///
   /// - fingerprints: `fingerprintFailure` (a file cannot be read, or stands twice in the list)
-  /// - the request: `invalidFile` (a file vanished, or its name is not UTF-8)
+  /// - the request: `invalidFile` (a file vanished, a text is not UTF-8, or the expiration date is
+  ///   not finite)
   /// - creation: `webservice`, `invalidResponse`, `underlying`
   /// - uploads: `aws`, `underlying`, `invalidFile`, `invalidResponse`, `webservice`,
   /// `missingItems`;

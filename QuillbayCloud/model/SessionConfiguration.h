@@ -25,6 +25,7 @@ namespace quillbay::cloud {
 class SessionConfiguration {
  public:
   /// `title`: shown by the service. `expirationDate`: when the link stops working; absent: never.
+  /// A date that is not finite cannot be sent or stored: a run with it ends with `invalidFile`.
   /// `linkType`: absent means `page`. `password`: asked of whoever opens the link. `secret`: make a
   /// long link that is hard to guess. Texts are UTF-8.
   SessionConfiguration(std::optional<std::string> title,

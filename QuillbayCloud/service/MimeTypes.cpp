@@ -125,6 +125,7 @@ std::string lowercased(std::string_view text) {
 }
 
 std::string_view pathExtension(std::string_view path) {
+  while (path.ends_with('/')) path.remove_suffix(1);
   const auto name = path.substr(path.rfind('/') + 1);
   const auto fullStop = name.rfind('.');
   return fullStop == std::string_view::npos ? std::string_view() : name.substr(fullStop + 1);

@@ -16,6 +16,7 @@ namespace quillbay::cloud {
 namespace {
 
 using platform::ErrorPtr;
+using platform::JSONError;
 using platform::JSONWriter;
 using platform::URL;
 using platform::URLRequest;
@@ -32,7 +33,7 @@ std::string expirationText(platform::Date date) {
   char* const end =
       std::to_chars(std::begin(buffer), std::end(buffer), seconds, std::chars_format::fixed).ptr;
   std::string text(buffer, end);
-  if (std::isfinite(seconds) && text.find('.') == std::string::npos) text += ".0";
+  if (text.find('.') == std::string::npos) text += ".0";
   return text;
 }
 
@@ -125,6 +126,11 @@ RequestFactory::RequestFactory(std::string instanceIdentifier)
 RequestFactory::Result RequestFactory::createSessionRequest(
     const SessionContext& context, const Fingerprints& fingerprints,
     const SessionConfiguration& configuration) const {
+  if (const auto& date = configuration.expirationDate();
+      date && !std::isfinite(platform::secondsSince1970(*date))) {
+    return std::unexpected(
+        std::make_shared<JSONError>(JSONError::Kind::unwritable, "config.expiration"));
+  }
   CreateSessionBody body{.items = {}, .config = {configuration}};
   body.items.reserve(context.items().size());
   for (const URL& fileURL : context.items()) {

@@ -33,7 +33,8 @@ class RequestFactory {
 
   /// Announces the context's files and the configuration. A file without a fingerprint is announced
   /// without. Fails for the first file whose attributes cannot be read (their error) or hold no
-  /// size (`Error`), or with the JSON writer's error for a text that is not UTF-8.
+  /// size (`Error`), or with a `JSONError` for a text that is not UTF-8 or an expiration date that
+  /// is not finite: left out, the link would never expire.
   Result createSessionRequest(const SessionContext& context, const Fingerprints& fingerprints,
                               const SessionConfiguration& configuration) const;
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
+#include <tuple>
 
 namespace quillbay::core {
 namespace {
@@ -12,63 +14,45 @@ using namespace std::chrono_literals;
 using platform::Date;
 
 TEST(DateExpirationOption, MonthsKeepTheTimeOfDayAndStayInsideTheirMonth) {
-  struct Case {
-    const char* name;
-    std::chrono::year_month_day start;
-    int months;
-    std::chrono::year_month_day end;
-  };
-  const Case cases[] = {
+  using Day = std::chrono::year_month_day;
+  const std::tuple<const char*, Day, int, Day> cases[] = {
       {"common year", 2026y / 1 / 31, 1, 2026y / 2 / 28},
       {"leap year", 2028y / 1 / 31, 1, 2028y / 2 / 29},
       {"across the year's end", 2026y / 11 / 30, 3, 2027y / 2 / 28},
       {"a day that every month has", 2026y / 5 / 15, 12, 2027y / 5 / 15},
   };
-  for (const Case& row : cases) {
-    SCOPED_TRACE(row.name);
-    const Date start = Date(std::chrono::sys_days(row.start)) + 13h + 250ms;
-    const Date end = Date(std::chrono::sys_days(row.end)) + 13h + 250ms;
-    EXPECT_EQ(DateExpirationOption::months(row.months).date(start), end);
+  for (const auto& [name, start, months, end] : cases) {
+    const auto at = [](Day day) { return Date(std::chrono::sys_days(day)) + 13h + 250ms; };
+    EXPECT_EQ(DateExpirationOption::months(months).date(at(start)), at(end)) << name;
   }
 }
 
-TEST(DateExpirationOption, CountsShorterUnitsExactlyAndNeverHasNoDate) {
-  const Date start = Date(std::chrono::sys_days(2026y / 3 / 28));
-  EXPECT_EQ(DateExpirationOption::minutes(30).date(start), start + 30min);
-  EXPECT_EQ(DateExpirationOption::hours(48).date(start), DateExpirationOption::days(2).date(start));
-  EXPECT_EQ(DateExpirationOption::never().date(start), std::nullopt);
-}
-
-TEST(DateExpirationOption, OffersTheOptionsFromTheShortestToNever) {
+TEST(DateExpirationOption, TheClosestIsTheNearestInTimeAndNeverIsForDatesThatNeverCome) {
   using Option = DateExpirationOption;
-  EXPECT_EQ(Option::defaultOptions(),
-            (std::vector{Option::minutes(30), Option::hours(2), Option::hours(24), Option::days(7),
-                         Option::days(30), Option::months(12), Option::never()}));
-}
-
-TEST(DateExpirationOption, TheClosestIsTheNearestInTimeAndNeverIsForNoDateAlone) {
   const Date now = Date(std::chrono::sys_days(2026y / 3 / 28)) + 13h;
-  struct Case {
-    const char* name;
-    std::optional<Date> date;
-    DateExpirationOption option;
+  const double infinity = std::numeric_limits<double>::infinity();
+  const auto at = [](double seconds) { return platform::dateFromSecondsSince1970(seconds); };
+  const std::tuple<const char*, std::optional<Date>, Option> cases[] = {
+      {"no date", std::nullopt, Option::never()},
+      {"nearer to the shorter", now + 12h, Option::hours(2)},
+      {"nearer to the longer", now + 14h, Option::hours(24)},
+      {"as near to both", now + 75min, Option::minutes(30)},
+      {"this moment", now, Option::minutes(30)},
+      {"over already", now - 24h * 400, Option::minutes(30)},
+      {"long over", at(-infinity), Option::minutes(30)},
+      {"in ten days", now + 24h * 10, Option::days(7)},
+      {"in a hundred days", now + 24h * 100, Option::days(30)},
+      {"in ten thousand years", now + 24h * 3'652'425, Option::months(12)},
+      {"after the calendar's end", at(1e300), Option::never()},
+      {"in an infinite time", at(infinity), Option::never()},
+      {"no number", at(std::numeric_limits<double>::quiet_NaN()), Option::never()},
   };
-  const Case cases[] = {
-      {"no date", std::nullopt, DateExpirationOption::never()},
-      {"nearer to the shorter", now + 12h, DateExpirationOption::hours(2)},
-      {"nearer to the longer", now + 14h, DateExpirationOption::hours(24)},
-      {"as near to both", now + 75min, DateExpirationOption::minutes(30)},
-      {"this moment", now, DateExpirationOption::minutes(30)},
-      {"over already", now - 24h * 400, DateExpirationOption::minutes(30)},
-      {"in ten years", now + 24h * 3650, DateExpirationOption::months(12)},
-  };
-  for (const Case& row : cases) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(DateExpirationOption::closest(row.date, now), row.option);
+  for (const auto& [name, date, option] : cases) {
+    EXPECT_EQ(Option::closest(date, now), option) << name;
   }
-  for (const DateExpirationOption& option : DateExpirationOption::defaultOptions()) {
-    EXPECT_EQ(DateExpirationOption::closest(option.date(now), now), option);
-    EXPECT_EQ(DateExpirationOption::closest(option.date()), option);
+  for (const Option& option : Option::defaultOptions()) {
+    EXPECT_EQ(Option::closest(option.date(now), now), option);
+    EXPECT_EQ(Option::closest(option.date()), option);
   }
 }
 
