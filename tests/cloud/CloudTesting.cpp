@@ -21,6 +21,12 @@ void record(std::string_view level, const RecordingLogger::Message& message, std
   recordedLines.push_back(std::string(level) + " " + std::string(function) + ": " + message());
 }
 
+struct SilentLogger {
+  static void debug(const RecordingLogger::Message& /*message*/, std::string_view /*file*/,
+                    std::string_view /*function*/, int /*line*/, const std::any& /*context*/) {}
+  static constexpr auto& error = debug;
+};
+
 }  // namespace
 
 void RecordingLogger::debug(const Message& message, std::string_view file,
@@ -36,6 +42,7 @@ void RecordingLogger::error(const Message& message, std::string_view file,
 void RecordingLogger::install() {
   const std::lock_guard lock(linesMutex);
   recordedLines.clear();
+  cloud::Configuration::setLog<SilentLogger>();
   cloud::Configuration::setLog<RecordingLogger>();
 }
 
@@ -89,18 +96,6 @@ std::vector<platform::URL> ServiceTest::files(int count) const {
     urls.push_back(file(name, "content of " + name));
   }
   return urls;
-}
-
-void ServiceTest::answer(Call call, const Reply& reply) {
-  service_.setHook(call, [reply](const Request&, const Reply&) { return reply; });
-}
-
-void ServiceTest::hold(Call call, const std::optional<Reply>& reply) {
-  service_.setHook(call, [reply, gate = gate_](const Request&, const Reply& ordinary) {
-    Reply held = reply.value_or(ordinary);
-    held.sendAfter = gate;
-    return held;
-  });
 }
 
 bool ServiceTest::waitForCall(Call call) const {

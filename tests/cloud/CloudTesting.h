@@ -33,7 +33,7 @@ struct RecordingLogger {
   static void error(const Message& message, std::string_view file, std::string_view function,
                     int line, const std::any& context);
 
-  /// Installs it, without the lines of earlier tests.
+  /// Installs it in place of another, without the lines of earlier tests.
   static void install();
   static std::vector<std::string> lines();
 };
@@ -73,7 +73,7 @@ class Host {
   int livingObjectCount = 0;
 };
 
-/// The library against a service of the test's, with a logger, files to share and a gate.
+/// The library against a service of the test's, with a logger and files to share.
 class ServiceTest : public testing::Test {
  protected:
   using Call = FakeService::Call;
@@ -85,16 +85,11 @@ class ServiceTest : public testing::Test {
   /// "file-1" to "file-N", each with the content "content of file-1" or so.
   std::vector<platform::URL> files(int count) const;
 
-  /// Replaces every reply to `call`.
-  void answer(Call call, const Reply& reply);
-  /// Has every reply to `call`, the ordinary one or this, wait at the gate.
-  void hold(Call call, const std::optional<Reply>& reply = std::nullopt);
   [[nodiscard]] bool waitForCall(Call call) const;
 
   const Reply gone_ = Reply::json(R"({"message":"Gone","status":410})", 410);
   const std::thread::id thread_ = std::this_thread::get_id();
   const TemporaryFolder folder_;
-  const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
   FakeService service_;
   const std::shared_ptr<const cloud::Webservice> webservice_ =
       cloud::Webservice::create(cloud::RequestFactory::create("host-1"));

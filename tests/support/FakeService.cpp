@@ -25,7 +25,7 @@ Reply serviceError(int status, const std::string& message) {
 }  // namespace
 
 FakeService::FakeService() {
-  server_.onRequest([this](const Request& request) { return answer(request); });
+  server_.onRequest([this](const Request& request) { return replyTo(request); });
 }
 
 void FakeService::install() const { useTestNetwork(&server_); }
@@ -33,6 +33,20 @@ void FakeService::install() const { useTestNetwork(&server_); }
 void FakeService::setHook(Call call, Hook hook) {
   const std::lock_guard lock(mutex_);
   hooks_[call] = std::move(hook);
+}
+
+void FakeService::answer(Call call, const Reply& reply) {
+  setHook(call, [reply](const Request&, const Reply&) { return reply; });
+}
+
+std::shared_ptr<Gate> FakeService::hold(Call call, const std::optional<Reply>& reply) {
+  const auto gate = std::make_shared<Gate>();
+  setHook(call, [reply, gate](const Request&, const Reply& ordinary) {
+    Reply held = reply.value_or(ordinary);
+    held.sendAfter = gate;
+    return held;
+  });
+  return gate;
 }
 
 std::vector<std::string> FakeService::calls() const {
@@ -75,7 +89,7 @@ FakeService::Route FakeService::routeOf(const Request& request) {
   return {.name = request.head.substr(0, request.head.find("\r\n"))};
 }
 
-Reply FakeService::answer(const Request& request) {
+Reply FakeService::replyTo(const Request& request) {
   const Route route = routeOf(request);
   Hook hook;
   Reply reply;

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +35,10 @@ class FakeService {
 
   /// Replaces the replies to one kind of call; an empty hook takes the replacement back.
   void setHook(Call call, Hook hook);
+  /// Answers every call of this kind with `reply`.
+  void answer(Call call, const Reply& reply);
+  /// Holds the replies to this kind of call, the ordinary ones or `reply`, until the gate opens.
+  std::shared_ptr<Gate> hold(Call call, const std::optional<Reply>& reply = std::nullopt);
 
   /// What was called, in the order of arrival: "create", "upload_url item-2", "store item-2",
   /// "finalize item-2", "delete session-1", or the request line of anything else.
@@ -59,7 +65,7 @@ class FakeService {
   };
 
   static Route routeOf(const Request& request);
-  Reply answer(const Request& request);
+  Reply replyTo(const Request& request);
   // With the lock held.
   Reply perform(const Route& route, const Request& request);
   Reply createSession(const Request& request);

@@ -6,7 +6,7 @@
 namespace quillbay::test {
 
 /// Long enough for anything that should happen; only a failing test waits it out.
-constexpr std::chrono::milliseconds generousBound() { return std::chrono::seconds(60); }
+constexpr std::chrono::milliseconds generousBound() { return std::chrono::seconds(10); }
 
 /// Runs the main queue on this thread until `condition` holds, whichever thread makes it hold.
 /// Returns whether it does.

@@ -1,10 +1,13 @@
 #include <QuillbayCloud/Classes/FileFingerprint.h>
-#include <QuillbayPlatform/SHA256.h>
+#include <QuillbayPlatform/DispatchQueue.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 
-#include <span>
+#include <climits>
+#include <future>
 
 #include "CloudTesting.h"
+#include "FileDescriptor.h"
 #include "Waiting.h"
 
 namespace quillbay::test {
@@ -12,6 +15,21 @@ namespace {
 
 using cloud::FileFingerprint;
 using platform::URL;
+
+/// Holds every thread of the work queue, so that what is submitted meanwhile waits.
+class BusyWorkQueue {
+ public:
+  BusyWorkQueue() {
+    const std::shared_future<void> end = end_.get_future();
+    for (unsigned i = 0; i < std::max(2U, std::thread::hardware_concurrency()); ++i) {
+      platform::DispatchQueue::globalUserInitiated().async([end] { end.wait(); });
+    }
+  }
+  ~BusyWorkQueue() { end_.set_value(); }
+
+ private:
+  std::promise<void> end_;
+};
 
 class FileFingerprintTest : public testing::Test {
  protected:
@@ -44,15 +62,18 @@ class FileFingerprintTest : public testing::Test {
 };
 
 TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
+  // Around the size of the read buffer, and the long message of FIPS 180-2.
+  const std::pair<std::size_t, const char*> rows[] = {
+      {0, "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+      {131072, "b44ffb72fcc259676bd80495fef1b44b808ca8f1ffe1b1706a4d7911b0e31f11"},
+      {131073, "7e009ea4ef882e385b3c0bcbbfa8d009bb0a633bdd764415c09182ee0e75da73"},
+      {1000000, "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"},
+  };
   FileFingerprint::Fingerprints expected;
   std::vector<URL> files;
-  // Around the size of the read buffer.
-  for (const std::size_t byteCount : {0U, 131071U, 131072U, 131073U, 300000U}) {
-    const std::string content = patternedBytes(byteCount);
-    platform::SHA256 hash;
-    hash.update(std::as_bytes(std::span(content)));
-    files.push_back(file(std::to_string(byteCount), content));
-    expected[files.back()] = platform::lowercaseHexadecimal(hash.finalize());
+  for (const auto& [byteCount, digest] : rows) {
+    files.push_back(file(std::to_string(byteCount), std::string(byteCount, 'a')));
+    expected[files.back()] = digest;
   }
   const auto fingerprint = start(files);
   const auto result = waitForEnd();
@@ -76,10 +97,21 @@ TEST_F(FileFingerprintTest, AFileWithoutFingerprintFailsTheWholeCalculation) {
   }
 }
 
-TEST_F(FileFingerprintTest, ReportsNothingWhenCancelled) {
-  const auto cancelled = start({file("good", "x"), URL::fileURL(folder_ / "missing")});
-  cancelled->cancel();
-  EXPECT_FALSE(waitForEnd());
+TEST_F(FileFingerprintTest, OpensNoFileAndReportsNothingOnceItIsCancelledOrReleased) {
+  const URL good = file("good", "x");
+  const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  ASSERT_GE(::inotify_add_watch(watch.get(), good.path().c_str(), IN_OPEN), 0);
+  for (const bool isCancelled : {true, false}) {
+    std::optional<BusyWorkQueue> busy(std::in_place);
+    auto fingerprint = start({good});
+    const std::weak_ptr<FileFingerprint> weakFingerprint = fingerprint;
+    isCancelled ? fingerprint->cancel() : fingerprint.reset();
+    EXPECT_EQ(weakFingerprint.expired(), !isCancelled);
+    busy.reset();
+    EXPECT_FALSE(waitForEnd());
+    char event[sizeof(inotify_event) + NAME_MAX + 1];
+    EXPECT_LT(::read(watch.get(), event, sizeof(event)), 0) << "opened";
+  }
 }
 
 }  // namespace

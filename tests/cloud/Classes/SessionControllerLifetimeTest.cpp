@@ -16,6 +16,36 @@ using Lines = std::vector<std::string>;
 enum Phase { idle, fingerprinting, reply, session, completion };
 enum Action { cancel, release };
 
+/// The last things that a run does: its last call, and what it logs last, after that call's reply.
+struct End {
+  const char* call;
+  const char* line;
+};
+constexpr End kNothing = {
+    "", "debug createSession(sessionCreation:completion:): Creating fingerprints..."};
+constexpr End kCreated = {"create",
+                          "debug createSession(sessionCreation:completion:): Finished creating "
+                          "fingerprints, proceeding to create session..."};
+constexpr End kAddressed = {
+    "upload_url item-2", "debug requestUploadUrl(): Obtained upload URL, proceeding to upload..."};
+constexpr End kStoring = {"store item-2",
+                          "debug uploadItem(url:): Performing item (item-2) upload request..."};
+constexpr End kNotStored = {"store item-2",
+                            "error uploadItem(url:): Failed uploading with error invalidResponse"};
+constexpr End kFinalized = {"finalize item-2",
+                            "debug finalizeUpload(etag:): Finished upload finalization"};
+constexpr End kNotFinalized = {"finalize item-2",
+                               "error finalizeUpload(etag:): Failed to finalize upload with error "
+                               "the service refused with status 410: Gone"};
+constexpr End kStopped = {"finalize item-2",
+                          "debug uploadNextItem(): We are cancelled, will not upload next item"};
+constexpr End kDone = {"finalize item-1",
+                       "debug uploadNextItem(): No more uploads left, we are done"};
+
+const Lines kSession = {"session"};
+const Lines kSessionAndDone = {"session", "done"};
+const Lines kGone = {"webservice: status 410: Gone"};
+
 struct Interruption {
   const char* name;
   Phase phase;
@@ -23,61 +53,41 @@ struct Interruption {
   Action action;
   bool callFails;
   Lines events;
-  const char* lastCall;
+  End end;
 };
-
-const Lines kSession = {"session"};
-const Lines kDone = {"session", "done"};
-const Lines kGone = {"webservice: status 410: Gone"};
 const Interruption kInterruptions[] = {
-    {"CancelBefore", idle, Call::unknown, cancel, false, kSession, "create"},
-    {"CancelFingerprinting", fingerprinting, Call::unknown, cancel, false, {}, ""},
-    {"ReleaseFingerprinting", fingerprinting, Call::unknown, release, false, {}, ""},
-    {"CancelCreating", reply, Call::createSession, cancel, false, kSession, "create"},
-    {"ReleaseCreating", reply, Call::createSession, release, false, kSession, "create"},
-    {"CancelFailingCreation", reply, Call::createSession, cancel, true, kGone, "create"},
-    {"ReleaseFailingCreation", reply, Call::createSession, release, true, kGone, "create"},
-    {"CancelInSessionCallback", session, Call::unknown, cancel, false, kSession, "create"},
-    {"ReleaseInSessionCallback", session, Call::unknown, release, false, kSession, "create"},
-    {"CancelRequesting", reply, Call::uploadUrl, cancel, false, kSession, "finalize item-2"},
-    {"ReleaseRequesting", reply, Call::uploadUrl, release, false, kSession, "upload_url item-2"},
-    {"CancelUploading", reply, Call::store, cancel, false, kSession, "finalize item-2"},
-    {"CancelFailingUpload", reply, Call::store, cancel, true, kSession, "store item-2"},
-    {"ReleaseUploading", reply, Call::store, release, false, kSession, "store item-2"},
-    {"CancelFinalizing", reply, Call::finalize, cancel, false, kSession, "finalize item-2"},
-    {"CancelFailingFinalization", reply, Call::finalize, cancel, true, kSession, "finalize item-2"},
-    {"ReleaseFinalizing", reply, Call::finalize, release, false, kSession, "finalize item-2"},
-    {"CancelInCompletion", completion, Call::unknown, cancel, false, kDone, "finalize item-1"},
-    {"ReleaseInCompletion", completion, Call::unknown, release, false, kDone, "finalize item-1"},
+    {"CancelBefore", idle, Call::unknown, cancel, false, kSession, kCreated},
+    {"CancelFingerprinting", fingerprinting, Call::unknown, cancel, false, {}, kNothing},
+    {"CancelCreating", reply, Call::createSession, cancel, false, kSession, kCreated},
+    {"ReleaseCreating", reply, Call::createSession, release, false, kSession, kCreated},
+    {"CancelFailingCreation", reply, Call::createSession, cancel, true, kGone, kCreated},
+    {"ReleaseFailingCreation", reply, Call::createSession, release, true, kGone, kCreated},
+    {"CancelInSessionCallback", session, Call::unknown, cancel, false, kSession, kCreated},
+    {"ReleaseInSessionCallback", session, Call::unknown, release, false, kSession, kCreated},
+    {"CancelRequesting", reply, Call::uploadUrl, cancel, false, kSession, kStopped},
+    {"ReleaseRequesting", reply, Call::uploadUrl, release, false, kSession, kAddressed},
+    {"CancelUploading", reply, Call::store, cancel, false, kSession, kStopped},
+    {"CancelFailingUpload", reply, Call::store, cancel, true, kSession, kNotStored},
+    {"ReleaseUploading", reply, Call::store, release, false, kSession, kStoring},
+    {"CancelFinalizing", reply, Call::finalize, cancel, false, kSession, kStopped},
+    {"CancelFailingFinalization", reply, Call::finalize, cancel, true, kSession, kNotFinalized},
+    {"ReleaseFinalizing", reply, Call::finalize, release, false, kSession, kFinalized},
+    {"CancelInCompletion", completion, Call::unknown, cancel, false, kSessionAndDone, kDone},
+    {"ReleaseInCompletion", completion, Call::unknown, release, false, kSessionAndDone, kDone},
 };
 
-class SessionControllerLifetime : public ServiceTest {
- protected:
-  /// The last call that belongs to a run.
-  std::string lastCall() const {
-    auto calls = service_.calls();
-    std::erase(calls, "delete session-1");
-    return calls.empty() ? "" : calls.back();
-  }
-  /// Whatever the run has still under way has come to its end: a deletion goes the same road.
-  static void settle() {
-    bool isDeleted = false;
-    SessionController::deleteSession("session-1", "host-1", FakeService::token,
-                                     [&](const auto&) { isDeleted = true; });
-    EXPECT_TRUE(waitUntil([&] { return isDeleted; }));
-    drainMainQueue();
-  }
-};
-
-class SessionControllerInterruption : public SessionControllerLifetime,
+using SessionControllerLifetime = ServiceTest;
+class SessionControllerInterruption : public ServiceTest,
                                       public testing::WithParamInterface<Interruption> {};
 INSTANTIATE_TEST_SUITE_P(Rows, SessionControllerInterruption, testing::ValuesIn(kInterruptions),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   const auto& row = GetParam();
-  if (row.phase == reply) hold(row.call, row.callFails ? std::optional(gone_) : std::nullopt);
-
+  std::shared_ptr<Gate> gate;
+  if (row.phase == reply) {
+    gate = service_.hold(row.call, row.callFails ? std::optional(gone_) : std::nullopt);
+  }
   Host host(files(2));
   const auto act = [&] {
     if (row.action == cancel) return host.controller->cancel();
@@ -93,18 +103,22 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   if (row.phase == reply) {
     ASSERT_TRUE(waitForCall(row.call));
     act();
-    gate_->open();
+    gate->open();
   }
-  EXPECT_TRUE(host.waitForEnd());
-  EXPECT_TRUE(waitUntil([&] { return lastCall() == row.lastCall; }));
-  settle();
+  ASSERT_TRUE(host.waitForEnd());
+  const auto lastLine = [] { return RecordingLogger::lines().back(); };
+  ASSERT_TRUE(waitUntil([&] { return lastLine() == row.end.line; })) << lastLine();
+  drainMainQueue();
   EXPECT_EQ(host.events, row.events);
-  EXPECT_EQ(lastCall(), row.lastCall);
+  EXPECT_EQ(lastLine(), row.end.line);
+  const Lines calls = service_.calls();
+  EXPECT_EQ(calls.empty() ? "" : calls.back(), row.end.call);
 }
 
 // The queue has found its error and posted it; the host acts before it arrives.
 TEST_F(SessionControllerLifetime, AReportUnderWayIsNotDeliveredAfterCancelOrRelease) {
-  answer(Call::createSession, Reply::json(R"({"id":"s","url":"https://q.example","items":[]})"));
+  service_.answer(Call::createSession,
+                  Reply::json(R"({"id":"s","url":"https://q.example","items":[]})"));
   for (const Action action : {cancel, release}) {
     Host host(files(1));
     host.onSession = [&] {
@@ -151,7 +165,6 @@ TEST_F(SessionControllerLifetime, SurvivesReleaseAfterAnyNumberOfTurns) {
     host.controller.reset();
     ASSERT_TRUE(host.waitForEnd()) << turnCount;
   }
-  settle();
 }
 
 }  // namespace

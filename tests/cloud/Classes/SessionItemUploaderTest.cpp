@@ -1,5 +1,8 @@
+#include <QuillbayCloud/Classes/MainQueueReference.h>
 #include <QuillbayCloud/Classes/SessionItemUploader.h>
 #include <QuillbayPlatform/URLError.h>
+
+#include <nlohmann/json.hpp>
 
 #include "CloudTesting.h"
 #include "Waiting.h"
@@ -9,6 +12,7 @@ namespace {
 
 using cloud::Session;
 using cloud::SessionItemUploader;
+using nlohmann::json;
 using platform::HTTPURLResponse;
 using platform::Progress;
 using platform::URL;
@@ -27,6 +31,7 @@ TEST(SessionItemUploadResult, IsATagOnlyForA200AndElseTheBestReasonThereIs) {
   } rows[] = {
       {"the tag as received", 200, {{"ETAG", "\"a\""}}, "", false, "\"a\""},
       {"the tag even beside an error", 200, {{"etag", "a"}}, {}, true, "a"},
+      {"two tags joined", 200, {{"Etag", "a"}, {"x", "y"}, {"etag", "b"}}, "", false, "a, b"},
       {"no success without tag", 200, {}, "", false, "invalidResponse"},
       {"no success for another 2xx", 201, {{"Etag", "a"}}, "", false, "invalidResponse"},
       {"the error before the body", 403, {}, kRefusal, true, "underlying: timed out"},
@@ -57,11 +62,15 @@ class SessionItemUploaderTest : public ServiceTest {
     EXPECT_TRUE(waitUntil([this] { return session_.has_value(); }));
   }
 
+  std::shared_ptr<SessionItemUploader> make() const {
+    const cloud::Item& item = items(*session_).front();
+    return SessionItemUploader::create(webservice_, *session_, item, file_, false);
+  }
+
   /// Uploads the one item; returns the outcome in words.
   std::string upload(std::shared_ptr<Progress> progress = nullptr) {
     std::optional<std::string> outcome;
-    const auto uploader =
-        SessionItemUploader::create(webservice_, *session_, items(*session_).front(), file_, false);
+    const auto uploader = make();
     uploader->upload(std::move(progress), [&](SessionItemUploader::Result result) {
       EXPECT_EQ(std::this_thread::get_id(), thread_);
       outcome = result ? "done" : result.error().description();
@@ -108,7 +117,7 @@ TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachSte
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    answer(row.call, row.reply);
+    service_.answer(row.call, row.reply);
     EXPECT_EQ(upload(), row.outcome);
     EXPECT_TRUE(RecordingLogger::lines().back().starts_with("error "));
     EXPECT_EQ(service_.requests(Call::finalize).empty(), row.call != Call::finalize);
@@ -116,11 +125,54 @@ TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachSte
   }
 }
 
+TEST_F(SessionItemUploaderTest, SendsAnEntityTagAsItIsAndLogsItInOneLine) {
+  service_.answer(Call::store, {.headerFields = {{"ETag", "\"a\u0085b\u202E\""}}});
+  upload();
+  EXPECT_EQ(json::parse(service_.requests(Call::finalize).at(0).body)["etag"],
+            "\"a\u0085b\u202E\"");
+  EXPECT_EQ(RecordingLogger::lines().at(3),
+            "debug finalizeUpload(etag:): Finalizing upload with etag: \"a b \"");
+}
+
+TEST_F(SessionItemUploaderTest, SendsAnEmptyTokenForASessionWithoutOne) {
+  session_ = *decoded<Session>(R"({"id":"session-1","url":"https://q.example","items":[
+      {"id":"item-1","is_uploaded":false,"fingerprint":""}]})");
+  upload();
+  EXPECT_EQ(service_.requests(Call::uploadUrl).at(0).field("X-QUILLBAY-SESSION-TOKEN"), "");
+}
+
+TEST_F(SessionItemUploaderTest, NoReplyUnderWayKeepsItAlive) {
+  for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
+    const auto gate = service_.hold(call);
+    auto uploader = make();
+    uploader->upload(nullptr, [](const auto&) { ADD_FAILURE() << "reported"; });
+    ASSERT_TRUE(waitForCall(call));
+    const std::weak_ptr<SessionItemUploader> weakUploader = uploader;
+    uploader.reset();
+    // A step that has just ended may still release its own reference on the main queue.
+    EXPECT_TRUE(waitUntil([&] { return weakUploader.expired(); })) << static_cast<int>(call);
+    gate->open();
+    service_.setHook(call, nullptr);
+  }
+}
+
+TEST(MainQueueReference, LeavesTheLastReleaseToTheMainQueue) {
+  int livingObjectCount = 0;
+  auto object = std::make_shared<HostObject>(livingObjectCount);
+  std::thread([&] {
+    const cloud::MainQueueReference<HostObject> reference(object);
+    object.reset();
+  }).join();
+  EXPECT_EQ(livingObjectCount, 1);
+  drainMainQueue();
+  EXPECT_EQ(livingObjectCount, 0);
+}
+
 TEST_F(SessionItemUploaderTest, NothingSecretIsEverLogged) {
   for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
     for (const auto& reply : {Reply::none(), Reply::empty(500), Reply::redirect(303, "http://a b"),
                               Reply::json(R"({"url":"file:///etc/passwd?signature=secret"})")}) {
-      answer(call, reply);
+      service_.answer(call, reply);
       upload();
     }
     service_.setHook(call, nullptr);

@@ -2,6 +2,7 @@
 #include <QuillbayCloud/model/Session.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "CloudTesting.h"
 
@@ -36,6 +37,7 @@ TEST(Session, WritesWhatItHoldsInOrderAndNeverAPassword) {
   const auto parsed = nlohmann::ordered_json::parse(*json);
   EXPECT_EQ(parsed, nlohmann::ordered_json::parse(kFullSession));
   EXPECT_EQ(decoded<Session>(*json), full);
+  EXPECT_NE(decoded<Session>(std::regex_replace(*json, std::regex("f2"), "f3")), full);
 
   const auto bare = decoded<Session>(
       R"({"password":"p","items":[],"url":"https://q.example","id":"s","token":5,"title":false})");

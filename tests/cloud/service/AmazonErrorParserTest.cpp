@@ -21,8 +21,11 @@ TEST(AmazonErrorParser, FindsCodeAndMessageWhereverTheyStandAndNothingWithoutBot
        denied},
       {"in any depth and order",
        "<a><b><Message>Access Denied</Message></b><Code>AccessDenied</Code></a>", denied},
-      {"the last of two codes",
-       "<E><Code>X</Code><Message>Access Denied</Message><Code>AccessDenied</Code></E>", denied},
+      {"the last of two",
+       "<E><Code>X</Code><Message>Y</Message><Code>AccessDenied</Code>"
+       "<Message>Access Denied</Message></E>",
+       denied},
+      {"a text cut off", "<E><Code>AccessDenied</Code><Message>Access Denied", denied},
       {"entities", "<E><Code>C</Code><Message>a &amp; b &lt; c</Message></E>",
        AmazonError("C", "a & b < c")},
       {"before the document broke",

@@ -120,8 +120,12 @@ TEST_F(RequestFactoryTest, TheFirstFileThatCannotBeAnnouncedEndsTheBuild) {
   }
 }
 
-TEST_F(RequestFactoryTest, WhatIsNoUTF8FailsTheBuildAndThrowsNothing) {
+TEST_F(RequestFactoryTest, WhatCannotBeSentFailsTheBuildAndThrowsNothing) {
   EXPECT_FALSE(createSession({file("caf\xE9.txt")}));
+  for (const char* number : {"nan", "inf", "-inf"}) {
+    const platform::Date date = platform::dateFromSecondsSince1970(std::strtod(number, nullptr));
+    EXPECT_FALSE(createSession({}, {}, {{}, date, {}, {}, false})) << number;
+  }
   EXPECT_FALSE(factory_->finalizeRequest("s", "i", "t", "\xFF").body);
 }
 
@@ -146,6 +150,7 @@ TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
       {"r\xC3\xA9sum\xC3\xA9.pdf", "r%C3%A9sum%C3%A9.pdf"},
       {"a&b (1).txt", "a%26b+%281%29.txt"},
       {"say \"\\+~%\".txt", "say+%22%5C%2B~%25%22.txt"},
+      {"-_.!*';:@=$,?#[]|", "-_.%21%2A%27%3B%3A%40%3D%24%2C%3F%23%5B%5D%7C"},
   };
   for (const auto& [name, escapedName] : rows) {
     const auto request = factory_->uploadRequest(*URL::parse("https://s.example/"), file(name),
@@ -154,6 +159,33 @@ TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
     EXPECT_EQ(request->headerFields.at("Content-Disposition"),
               "inline; filename=\"" + std::string(name) + "\"; filename*=UTF-8''" + escapedName);
   }
+}
+
+TEST(MimeType, GoesByTheLastExtensionInAnyCase) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"/a/b.html", "text/html"},
+      {"a.JPG", "image/jpeg"},
+      {"a.png", "image/png"},
+      {"a.svg", "image/svg+xml"},
+      {"a.txt", "text/plain"},
+      {"a.json", "application/json"},
+      {"a.pdf", "application/pdf"},
+      {"a.zip", "application/zip"},
+      {"a.docx", "application/vnd.openxmlformats-officedocument.wordprocessingml.document"},
+      {"a.xlsx", "application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"},
+      {"a.pptx", "application/vnd.openxmlformats-officedocument.presentationml.presentation"},
+      {"a.mp3", "audio/mpeg"},
+      {"a.mp4", "video/mp4"},
+      {"a.mov", "video/quicktime"},
+      {"a.pdf.txt", "text/plain"},
+      {".png", "image/png"},
+      {"a.txt/", "text/plain"},
+      {"a.txt/b", "application/octet-stream"},
+      {"a.", "application/octet-stream"},
+      {"png", "application/octet-stream"},
+      {"backup.tar.gz", "application/octet-stream"},
+  };
+  for (const auto& [path, type] : rows) EXPECT_EQ(cloud::mimeType(path), type) << path;
 }
 
 }  // namespace

@@ -33,7 +33,8 @@ class WebserviceTest : public ServiceTest {
 
 TEST_F(WebserviceTest, EveryStatusFrom200To299WithARecordIsASuccess) {
   for (const int status : {200, 201, 299}) {
-    answer(Call::uploadUrl, Reply::json(R"({"url":"https://s.example/k?a=b","more":1})", status));
+    service_.answer(Call::uploadUrl,
+                    Reply::json(R"({"url":"https://s.example/k?a=b","more":1})", status));
     const auto result = uploadUrl();
     ASSERT_TRUE(result) << status << result.error().description();
     EXPECT_EQ(result->url().absoluteString(), "https://s.example/k?a=b");
@@ -61,6 +62,7 @@ TEST_F(WebserviceTest, AFailureIsOfTheTransportTheServiceOrTheReply) {
       {"refusal without status", Reply::json(R"({"message":"m"})", 400), "parse error"},
       {"refusal as HTML", Reply{.status = 404, .body = "<html>"}, "parse error"},
       {"refusal without body", Reply::empty(500), "parse error"},
+      {"record with status 300", Reply::json(R"({"url":"https://a.b/"})", 300), "parse error"},
       {"success without url", Reply::json("{}"), "JSON error"},
       {"success that is no JSON", Reply::json("<html>"), "JSON error"},
       {"success without body", Reply::empty(204), "JSON error"},
@@ -69,7 +71,7 @@ TEST_F(WebserviceTest, AFailureIsOfTheTransportTheServiceOrTheReply) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    answer(Call::uploadUrl, row.reply);
+    service_.answer(Call::uploadUrl, row.reply);
     const auto result = uploadUrl();
     ASSERT_FALSE(result);
     EXPECT_EQ(kindOf(result.error()), row.kind);
@@ -88,11 +90,11 @@ TEST_F(WebserviceTest, OnlyTheRawSuccessArrivesOnTheTransfersThread) {
       ++callCount;
     });
   };
-  answer(Call::uploadUrl, Reply::json("{}"));
+  service_.answer(Call::uploadUrl, Reply::json("{}"));
   perform();
   EXPECT_TRUE(waitUntil([&] { return callCount == 1; }));
   EXPECT_NE(thread.load(), thread_);
-  answer(Call::uploadUrl, Reply::empty(500));
+  service_.answer(Call::uploadUrl, Reply::empty(500));
   perform();
   EXPECT_TRUE(waitUntil([&] { return callCount == 2; }));
   EXPECT_EQ(thread.load(), thread_);
