@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayCloud/Classes/SessionController.h>
+#include <QuillbayCloud/service/Configuration.h>
 #include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@
 #include <any>
 #include <functional>
 #include <memory>
-#include <ostream>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -16,8 +17,12 @@
 
 #include "FakeService.h"
 #include "TemporaryFolder.h"
+#include "Waiting.h"
 
 namespace quillbay::test {
+
+using Call = FakeService::Call;
+using Lines = std::vector<std::string>;
 
 template <class T>
 auto decoded(std::string_view json,
@@ -26,26 +31,63 @@ auto decoded(std::string_view json,
 }
 
 /// A host's logger. Lines read "LEVEL FUNCTION: MESSAGE".
-struct RecordingLogger {
-  using Message = std::function<std::string()>;
+class RecordingLogger {
+ public:
+  using Message = cloud::Configuration::LogMessage;
+
   static void debug(const Message& message, std::string_view file, std::string_view function,
-                    int line, const std::any& context);
+                    int line, const std::any& context) {
+    record("debug ", message, file, function, line, context);
+  }
   static void error(const Message& message, std::string_view file, std::string_view function,
-                    int line, const std::any& context);
+                    int line, const std::any& context) {
+    record("error ", message, file, function, line, context);
+  }
 
   /// Installs it in place of another, without the lines of earlier tests.
-  static void install();
-  static std::vector<std::string> lines();
+  static void install() {
+    const std::lock_guard lock(mutex_);
+    lines_.clear();
+    cloud::Configuration::setLog<SilentLogger>();
+    cloud::Configuration::setLog<RecordingLogger>();
+  }
+  static Lines lines() {
+    const std::lock_guard lock(mutex_);
+    return lines_;
+  }
+  static std::string lastLine() { return lines().empty() ? "" : lines().back(); }
+
+ private:
+  struct SilentLogger {
+    static void debug(const Message& /*message*/, std::string_view /*file*/,
+                      std::string_view /*function*/, int /*line*/, const std::any& /*context*/) {}
+    static constexpr auto& error = debug;
+  };
+
+  static void record(const char* level, const Message& message, std::string_view file,
+                     std::string_view function, int line, const std::any& context) {
+    EXPECT_TRUE(file.starts_with("QuillbayCloud/")) << file;
+    EXPECT_GT(line, 0);
+    EXPECT_FALSE(context.has_value());
+    const std::lock_guard lock(mutex_);
+    lines_.push_back(level + std::string(function) + ": " + message());
+  }
+
+  static inline std::mutex mutex_;
+  static inline Lines lines_;
 };
 
-/// What a host's callbacks capture: counts its living copies' owner and fails the test when it is
-/// destroyed on another thread than the test's.
+/// What a host's callbacks capture: counts those that live and fails the test when it is destroyed
+/// on another thread than the test's.
 class HostObject {
  public:
-  explicit HostObject(int& livingCount);
+  explicit HostObject(int& livingCount) : livingCount_(livingCount) { ++livingCount_; }
   HostObject(const HostObject&) = delete;
   HostObject& operator=(const HostObject&) = delete;
-  ~HostObject();
+  ~HostObject() {
+    EXPECT_EQ(std::this_thread::get_id(), thread_) << "destroyed on another thread";
+    --livingCount_;
+  }
 
  private:
   int& livingCount_;
@@ -54,21 +96,36 @@ class HostObject {
 
 /// One run of a controller and everything that its host is told, in order: "session",
 /// then "done" or the error's case and values ("webservice: status 410: Gone").
-class Host {
- public:
-  explicit Host(std::vector<platform::URL> files, cloud::SessionConfiguration configuration =
-                                                      cloud::SessionConfiguration::default_());
+struct Host {
+  explicit Host(std::vector<platform::URL> files,
+                cloud::SessionConfiguration configuration = cloud::SessionConfiguration::default_())
+      : controller(cloud::SessionController::create({"host-1", std::move(files)},
+                                                    std::move(configuration))) {}
 
-  void share();
+  void share() {
+    controller->createSession(
+        [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& session) {
+          events.emplace_back("session");
+          sessions.push_back(session);
+          onSession();
+        },
+        [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& result) {
+          events.emplace_back(result ? "done" : result.error().description());
+          if (result) sessions.push_back(*result);
+          onEnd();
+        });
+  }
   /// Runs the main queue until the run's callbacks are gone: nothing can come any more.
-  [[nodiscard]] bool waitForEnd();
+  [[nodiscard]] bool waitForEnd() const {
+    return waitUntil([this] { return livingObjectCount == 0; });
+  }
 
   /// Called inside the callbacks, after they are noted.
   std::function<void()> onSession = [] {};
   std::function<void()> onEnd = [] {};
 
   std::shared_ptr<cloud::SessionController> controller;
-  std::vector<std::string> events;
+  Lines events;
   std::vector<cloud::Session> sessions;
   int livingObjectCount = 0;
 };
@@ -76,16 +133,26 @@ class Host {
 /// The library against a service of the test's, with a logger and files to share.
 class ServiceTest : public testing::Test {
  protected:
-  using Call = FakeService::Call;
-  using Lines = std::vector<std::string>;
+  ServiceTest() {
+    service_.install();
+    RecordingLogger::install();
+  }
 
-  ServiceTest();
-
-  platform::URL file(const std::string& name, std::string_view content) const;
+  platform::URL file(const std::string& name, std::string_view content) const {
+    return platform::URL::fileURL(folder_.write(name, content));
+  }
   /// "file-1" to "file-N", each with the content "content of file-1" or so.
-  std::vector<platform::URL> files(int count) const;
-
-  [[nodiscard]] bool waitForCall(Call call) const;
+  std::vector<platform::URL> files(int count) const {
+    std::vector<platform::URL> urls;
+    for (int i = 1; i <= count; ++i) {
+      const std::string name = "file-" + std::to_string(i);
+      urls.push_back(file(name, "content of " + name));
+    }
+    return urls;
+  }
+  [[nodiscard]] bool waitForCall(Call call) const {
+    return waitUntil([&] { return !service_.requests(call).empty(); });
+  }
 
   const Reply gone_ = Reply::json(R"({"message":"Gone","status":410})", 410);
   const std::thread::id thread_ = std::this_thread::get_id();

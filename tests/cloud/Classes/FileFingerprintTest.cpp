@@ -8,7 +8,6 @@
 
 #include "CloudTesting.h"
 #include "FileDescriptor.h"
-#include "Waiting.h"
 
 namespace quillbay::test {
 namespace {

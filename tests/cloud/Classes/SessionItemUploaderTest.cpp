@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include "CloudTesting.h"
-#include "Waiting.h"
 
 namespace quillbay::test {
 namespace {
@@ -119,7 +118,7 @@ TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachSte
     SCOPED_TRACE(row.name);
     service_.answer(row.call, row.reply);
     EXPECT_EQ(upload(), row.outcome);
-    EXPECT_TRUE(RecordingLogger::lines().back().starts_with("error "));
+    EXPECT_TRUE(RecordingLogger::lastLine().starts_with("error "));
     EXPECT_EQ(service_.requests(Call::finalize).empty(), row.call != Call::finalize);
     service_.setHook(row.call, nullptr);
   }

@@ -163,26 +163,16 @@ TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
 
 TEST(MimeType, GoesByTheLastExtensionInAnyCase) {
   const std::pair<const char*, const char*> rows[] = {
-      {"/a/b.html", "text/html"},
       {"a.JPG", "image/jpeg"},
       {"a.png", "image/png"},
-      {"a.svg", "image/svg+xml"},
       {"a.txt", "text/plain"},
-      {"a.json", "application/json"},
       {"a.pdf", "application/pdf"},
-      {"a.zip", "application/zip"},
       {"a.docx", "application/vnd.openxmlformats-officedocument.wordprocessingml.document"},
-      {"a.xlsx", "application/vnd.openxmlformats-officedocument.spreadsheetml.sheet"},
-      {"a.pptx", "application/vnd.openxmlformats-officedocument.presentationml.presentation"},
-      {"a.mp3", "audio/mpeg"},
       {"a.mp4", "video/mp4"},
-      {"a.mov", "video/quicktime"},
       {"a.pdf.txt", "text/plain"},
       {".png", "image/png"},
       {"a.txt/", "text/plain"},
       {"a.txt/b", "application/octet-stream"},
-      {"a.", "application/octet-stream"},
-      {"png", "application/octet-stream"},
       {"backup.tar.gz", "application/octet-stream"},
   };
   for (const auto& [path, type] : rows) EXPECT_EQ(cloud::mimeType(path), type) << path;

@@ -6,7 +6,6 @@
 #include <atomic>
 
 #include "CloudTesting.h"
-#include "Waiting.h"
 
 namespace quillbay::test {
 namespace {
