@@ -94,14 +94,7 @@ TEST_F(SessionControllerTest, WhatStandsInTheWayEndsTheRunWithOneError) {
       {"id":"1","is_uploaded":false,"fingerprint":""},
       {"id":"2","is_uploaded":false,"fingerprint":""},
       {"id":"3","is_uploaded":false,"fingerprint":""}]})");
-  const struct {
-    const char* name;
-    int fileCount;
-    Call call;
-    Reply reply;
-    Lines events;
-    std::size_t callCount;
-  } rows[] = {
+  const std::tuple<const char*, int, Call, Reply, Lines, std::size_t> rows[] = {
       {"no files", 0, Call::unknown, {}, {"session", "missingItems"}, 1},
       {"refused", 2, Call::createSession, gone_, {"webservice: status 410: Gone"}, 1},
       {"unreadable", 2, Call::createSession, Reply::empty(502), {"invalidResponse"}, 1},
@@ -109,18 +102,18 @@ TEST_F(SessionControllerTest, WhatStandsInTheWayEndsTheRunWithOneError) {
       {"more items", 2, Call::createSession, threeItems, {"session", "invalidResponse"}, 1},
       {"second upload", 2, Call::store, Reply::empty(403), {"session", "invalidResponse"}, 6},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    service_.setHook(row.call, [row](const Request& request, const Reply& ordinary) {
-      return request.target().contains("item-2") ? ordinary : row.reply;
+  for (const auto& [name, fileCount, call, refusal, events, callCount] : rows) {
+    SCOPED_TRACE(name);
+    service_.setHook(call, [reply = refusal](const Request& request, const Reply& ordinary) {
+      return request.target().contains("item-2") ? ordinary : reply;
     });
     const std::size_t earlierCallCount = service_.calls().size();
-    Host host(files(row.fileCount));
+    Host host(files(fileCount));
     host.share();
     ASSERT_TRUE(host.waitForEnd());
-    EXPECT_EQ(host.events, row.events);
-    EXPECT_EQ(service_.calls().size() - earlierCallCount, row.callCount);
-    service_.setHook(row.call, nullptr);
+    EXPECT_EQ(host.events, events);
+    EXPECT_EQ(service_.calls().size() - earlierCallCount, callCount);
+    service_.setHook(call, nullptr);
   }
 }
 

@@ -20,34 +20,28 @@ using platform::URLError;
 const char* const kRefusal = "<Error><Code>AccessDenied</Code><Message>No</Message></Error>";
 
 TEST(SessionItemUploadResult, IsATagOnlyForA200AndElseTheBestReasonThereIs) {
-  const struct {
-    const char* name;
-    std::optional<int> status;
-    HTTPURLResponse::HeaderFields headerFields;
-    std::optional<std::string> data;
-    bool hasError;
-    const char* outcome;
-  } rows[] = {
-      {"the tag as received", 200, {{"ETAG", "\"a\""}}, "", false, "\"a\""},
-      {"the tag even beside an error", 200, {{"etag", "a"}}, {}, true, "a"},
-      {"two tags joined", 200, {{"Etag", "a"}, {"x", "y"}, {"etag", "b"}}, "", false, "a, b"},
-      {"no success without tag", 200, {}, "", false, "invalidResponse"},
-      {"no success for another 2xx", 201, {{"Etag", "a"}}, "", false, "invalidResponse"},
-      {"the error before the body", 403, {}, kRefusal, true, "underlying: timed out"},
-      {"the store's refusal", 204, {{"Etag", "a"}}, kRefusal, false, "aws: AccessDenied: No"},
-      {"another body", 500, {}, "oops", false, "invalidResponse"},
-      {"no body", 500, {}, {}, false, "invalidResponse"},
-      {"no response", {}, {}, kRefusal, true, "invalidResponse"},
-  };
+  using Data = std::optional<std::string>;
+  const std::tuple<const char*, int, HTTPURLResponse::HeaderFields, Data, bool, const char*>
+      rows[] = {
+          {"the tag as received", 200, {{"ETAG", "\"a\""}}, "", false, "\"a\""},
+          {"the tag even beside an error", 200, {{"etag", "a"}}, {}, true, "a"},
+          {"two tags joined", 200, {{"Etag", "a"}, {"x", "y"}, {"etag", "b"}}, "", false, "a, b"},
+          {"no success without tag", 200, {}, "", false, "invalidResponse"},
+          {"no success for another 2xx", 201, {{"Etag", "a"}}, "", false, "invalidResponse"},
+          {"the error before the body", 403, {}, kRefusal, true, "underlying: timed out"},
+          {"the store's refusal", 204, {{"Etag", "a"}}, kRefusal, false, "aws: AccessDenied: No"},
+          {"another body", 500, {}, "oops", false, "invalidResponse"},
+          {"no body", 500, {}, {}, false, "invalidResponse"},
+          {"no response", 0, {}, kRefusal, true, "invalidResponse"},
+      };
   const URL url = *URL::parse("https://store.quillbay.example/k?signature=secret");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  const auto timeout = std::make_shared<URLError>(URLError::Code::timedOut, "timed out");
+  for (const auto& [name, status, headerFields, data, hasError, outcome] : rows) {
     std::optional<HTTPURLResponse> response;
-    if (row.status) response.emplace(url, *row.status, row.headerFields);
-    const auto error =
-        row.hasError ? std::make_shared<URLError>(URLError::Code::timedOut, "timed out") : nullptr;
-    const auto result = SessionItemUploader::uploadResult(row.data, response, error, url);
-    EXPECT_EQ(result ? *result : result.error().description(), row.outcome);
+    if (status != 0) response.emplace(url, status, headerFields);
+    const auto error = hasError ? timeout : nullptr;
+    const auto result = SessionItemUploader::uploadResult(data, response, error, url);
+    EXPECT_EQ(result ? *result : result.error().description(), outcome) << name;
   }
 }
 
@@ -100,12 +94,7 @@ TEST_F(SessionItemUploaderTest, AsksPutsAndFinalizesAndLogsEachStep) {
 }
 
 TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachStep) {
-  const struct {
-    const char* name;
-    Call call;
-    Reply reply;
-    const char* outcome;
-  } rows[] = {
+  const std::tuple<const char*, Call, Reply, const char*> rows[] = {
       // Wrapped as it is, unlike the other refusals of the service.
       {"no address", Call::uploadUrl, gone_,
        "underlying: the service refused with status 410: Gone"},
@@ -114,13 +103,13 @@ TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachSte
       {"not finalized", Call::finalize, gone_, "webservice: status 410: Gone"},
       {"unreadable", Call::finalize, {.status = 502, .body = "<html>"}, "invalidResponse"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    service_.answer(row.call, row.reply);
-    EXPECT_EQ(upload(), row.outcome);
+  for (const auto& [name, call, reply, outcome] : rows) {
+    SCOPED_TRACE(name);
+    service_.answer(call, reply);
+    EXPECT_EQ(upload(), outcome);
     EXPECT_TRUE(RecordingLogger::lastLine().starts_with("error "));
-    EXPECT_EQ(service_.requests(Call::finalize).empty(), row.call != Call::finalize);
-    service_.setHook(row.call, nullptr);
+    EXPECT_EQ(service_.requests(Call::finalize).empty(), call != Call::finalize);
+    service_.setHook(call, nullptr);
   }
 }
 

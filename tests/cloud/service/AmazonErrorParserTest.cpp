@@ -10,11 +10,7 @@ using cloud::AmazonErrorParser;
 
 TEST(AmazonErrorParser, FindsCodeAndMessageWhereverTheyStandAndNothingWithoutBoth) {
   const AmazonError denied("AccessDenied", "Access Denied");
-  const struct {
-    const char* name;
-    const char* xml;
-    std::optional<AmazonError> error;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::optional<AmazonError>> rows[] = {
       {"among other elements and white space",
        "<?xml version=\"1.0\"?>\n<Error>\n <Code>AccessDenied</Code>\n <Message>Access "
        "Denied</Message>\n <HostId>x</HostId> tail\n</Error>",
@@ -39,9 +35,8 @@ TEST(AmazonErrorParser, FindsCodeAndMessageWhereverTheyStandAndNothingWithoutBot
       {"no XML", "502 Bad Gateway", {}},
       {"empty", "", {}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(AmazonErrorParser::create(row.xml)->parse(), row.error);
+  for (const auto& [name, xml, error] : rows) {
+    EXPECT_EQ(AmazonErrorParser::create(xml)->parse(), error) << name;
   }
 }
 
