@@ -51,14 +51,13 @@ TEST(Progress, TellsItsObserversOnceATurnAndNeverInsideTheChange) {
   std::vector<double> seen;
   const auto observation =
       parent->observe([&](const Progress& p) { seen.push_back(p.fractionCompleted()); });
-  child->setCompletedUnitCount(10);
-  child->setCompletedUnitCount(20);
+  for (const std::int64_t count : {10, 20}) child->setCompletedUnitCount(count);
   EXPECT_TRUE(seen.empty());
   drainMainQueue();
-  child->setCompletedUnitCount(20);
-  drainMainQueue();
-  child->setCompletedUnitCount(100);
-  drainMainQueue();
+  for (const std::int64_t count : {20, 100}) {
+    child->setCompletedUnitCount(count);
+    drainMainQueue();
+  }
   EXPECT_EQ(seen, (std::vector<double>{0.2, 1.0}));
 }
 
@@ -68,31 +67,28 @@ TEST(Progress, ObserversMayEndAndAddObservationsWhileTheyAreCalled) {
   Progress::Observation first, second, added;
   first = progress->observe([&](const Progress&) {
     calls += 'a';
-    first = {};
-    second = {};
+    first = second = {};
     added = progress->observe([&](const Progress&) { calls += 'c'; });
   });
   second = progress->observe([&](const Progress&) { calls += 'b'; });
-  progress->setCompletedUnitCount(1);
-  drainMainQueue();
-  EXPECT_EQ(calls, "a");
-  progress->setCompletedUnitCount(2);
-  drainMainQueue();
-  EXPECT_EQ(calls, "ac");
+  for (const std::string expected : {"a", "ac"}) {
+    progress->setCompletedUnitCount(progress->completedUnitCount() + 1);
+    drainMainQueue();
+    EXPECT_EQ(calls, expected);
+  }
 }
 
 TEST(Progress, ObservationAndProgressMayOutliveEachOther) {
-  int callCount = 0;
   auto progress = Progress::create(100);
-  auto observation = progress->observe([&](const Progress&) { ++callCount; });
+  const auto fail = [](const Progress&) { ADD_FAILURE() << "called"; };
+  auto observation = progress->observe(fail);
   progress->setCompletedUnitCount(1);
   observation = {};
   drainMainQueue();
-  observation = progress->observe([&](const Progress&) { ++callCount; });
+  observation = progress->observe(fail);
   progress->setCompletedUnitCount(2);
   progress.reset();
   drainMainQueue();
-  EXPECT_EQ(callCount, 0);
 }
 
 }  // namespace

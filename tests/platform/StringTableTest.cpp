@@ -22,12 +22,7 @@ class StringTableTest : public testing::Test {
 };
 
 TEST_F(StringTableTest, FollowsTheEnvironmentInGettextsOrderUnlessTheHostChooses) {
-  struct Row {
-    const char* name;
-    Environment environment;
-    std::vector<std::string> languages;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, Environment, std::vector<std::string>> rows[] = {
       {"region and codeset", {{"LANG", "de_AT.UTF-8"}}, {"de_AT", "de"}},
       {"LC_ALL over all", {{"LC_ALL", "it"}, {"LC_MESSAGES", "fr"}, {"LANG", "de"}}, {"it"}},
       {"LC_MESSAGES over LANG", {{"LANG", "de_DE"}, {"LC_MESSAGES", "fr"}}, {"fr"}},
@@ -35,10 +30,9 @@ TEST_F(StringTableTest, FollowsTheEnvironmentInGettextsOrderUnlessTheHostChooses
       {"list", {{"LANG", "it_IT"}, {"LANGUAGE", "de_AT::fr:de"}}, {"de_AT", "de", "fr"}},
       {"C switches translation off", {{"LC_ALL", "C"}, {"LANGUAGE", "de"}}, {}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    setEnvironment(row.environment);
-    EXPECT_EQ(preferredLanguages(), row.languages);
+  for (const auto& [name, environment, languages] : rows) {
+    setEnvironment(environment);
+    EXPECT_EQ(preferredLanguages(), languages) << name;
   }
   setPreferredLanguages({"sr-RS"});
   EXPECT_EQ(preferredLanguages(), (std::vector<std::string>{"sr_RS", "sr"}));

@@ -7,7 +7,6 @@
 #include <future>
 
 #include "CloudTesting.h"
-#include "FileDescriptor.h"
 
 namespace quillbay::test {
 namespace {
@@ -98,8 +97,8 @@ TEST_F(FileFingerprintTest, AFileWithoutFingerprintFailsTheWholeCalculation) {
 
 TEST_F(FileFingerprintTest, OpensNoFileAndReportsNothingOnceItIsCancelledOrReleased) {
   const URL good = file("good", "x");
-  const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-  ASSERT_GE(::inotify_add_watch(watch.get(), good.path().c_str(), IN_OPEN), 0);
+  const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  ASSERT_GE(::inotify_add_watch(watch, good.path().c_str(), IN_OPEN), 0);
   for (const bool isCancelled : {true, false}) {
     std::optional<BusyWorkQueue> busy(std::in_place);
     auto fingerprint = start({good});
@@ -109,8 +108,9 @@ TEST_F(FileFingerprintTest, OpensNoFileAndReportsNothingOnceItIsCancelledOrRelea
     busy.reset();
     EXPECT_FALSE(waitForEnd());
     char event[sizeof(inotify_event) + NAME_MAX + 1];
-    EXPECT_LT(::read(watch.get(), event, sizeof(event)), 0) << "opened";
+    EXPECT_LT(::read(watch, event, sizeof(event)), 0) << "opened";
   }
+  ::close(watch);
 }
 
 }  // namespace

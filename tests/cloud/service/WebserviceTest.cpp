@@ -66,22 +66,13 @@ TEST_F(WebserviceTest, ReadsARecordFromAnySuccessAndTellsTheFailuresApart) {
 }
 
 TEST_F(WebserviceTest, OnlyTheRawSuccessArrivesOnTheTransfersThread) {
-  std::atomic<int> callCount = 0;
-  std::atomic<std::thread::id> thread;
-  const auto perform = [&] {
-    webservice_->perform(request(), [&](const Webservice::RawResult&) {
-      thread = std::this_thread::get_id();
-      ++callCount;
-    });
-  };
-  service_.answer(Call::uploadUrl, Reply::json("{}"));
-  perform();
-  EXPECT_TRUE(waitUntil([&] { return callCount == 1; }));
-  EXPECT_NE(thread.load(), thread_);
-  service_.answer(Call::uploadUrl, Reply::empty(500));
-  perform();
-  EXPECT_TRUE(waitUntil([&] { return callCount == 2; }));
-  EXPECT_EQ(thread.load(), thread_);
+  for (const int status : {200, 500}) {
+    service_.answer(Call::uploadUrl, Reply::empty(status));
+    std::atomic<std::thread::id> thread;
+    webservice_->perform(request(), [&](const auto&) { thread = std::this_thread::get_id(); });
+    EXPECT_TRUE(waitUntil([&] { return thread.load() != std::thread::id(); }));
+    EXPECT_EQ(thread.load() == thread_, status == 500);
+  }
 }
 
 TEST_F(WebserviceTest, ADeletionEndsWithAnEmptyReplyOrTheServicesRefusal) {
