@@ -32,17 +32,23 @@ auto decoded(std::string_view json,
 
 /// A host's logger. Lines read "LEVEL FUNCTION: MESSAGE".
 class RecordingLogger {
- public:
-  using Message = cloud::Configuration::LogMessage;
+  enum Level { silent, atDebug, atError };
 
-  static void debug(const Message& message, std::string_view file, std::string_view function,
-                    int line, const std::any& context) {
-    record("debug ", message, file, function, line, context);
+  template <Level level>
+  static void record(const cloud::Configuration::LogMessage& message, std::string_view file,
+                     std::string_view function, int line, const std::any& context) {
+    if (level == silent) return;
+    EXPECT_TRUE(file.starts_with("QuillbayCloud/")) << file;
+    EXPECT_GT(line, 0);
+    EXPECT_FALSE(context.has_value());
+    const char* const name = level == atDebug ? "debug " : "error ";
+    const std::lock_guard lock(mutex_);
+    lines_.push_back(name + std::string(function) + ": " + message());
   }
-  static void error(const Message& message, std::string_view file, std::string_view function,
-                    int line, const std::any& context) {
-    record("error ", message, file, function, line, context);
-  }
+
+ public:
+  static constexpr auto& debug = record<atDebug>;
+  static constexpr auto& error = record<atError>;
 
   /// Installs it in place of another, without the lines of earlier tests.
   static void install() {
@@ -59,19 +65,9 @@ class RecordingLogger {
 
  private:
   struct SilentLogger {
-    static void debug(const Message& /*message*/, std::string_view /*file*/,
-                      std::string_view /*function*/, int /*line*/, const std::any& /*context*/) {}
-    static constexpr auto& error = debug;
+    static constexpr auto& debug = record<silent>;
+    static constexpr auto& error = record<silent>;
   };
-
-  static void record(const char* level, const Message& message, std::string_view file,
-                     std::string_view function, int line, const std::any& context) {
-    EXPECT_TRUE(file.starts_with("QuillbayCloud/")) << file;
-    EXPECT_GT(line, 0);
-    EXPECT_FALSE(context.has_value());
-    const std::lock_guard lock(mutex_);
-    lines_.push_back(level + std::string(function) + ": " + message());
-  }
 
   static inline std::mutex mutex_;
   static inline Lines lines_;

@@ -40,12 +40,11 @@ TEST_F(SessionControllerTest, UploadsTheLastItemFirstOneAtATimeFromItsOwnFile) {
 
 TEST_F(SessionControllerTest, OnlyADirectLinkIsUploadedForInlineDisplay) {
   for (const auto linkType : SessionLinkType::allCases) {
-    Host host(files(1), {std::nullopt, std::nullopt, linkType, std::nullopt, false});
+    Host host(files(1), {{}, {}, linkType, {}, false});
     host.share();
     ASSERT_TRUE(host.waitForEnd());
     const auto disposition = service_.requests(Call::store).back().field("Content-Disposition");
-    EXPECT_EQ(disposition->starts_with("inline;"), linkType == SessionLinkType::directLink)
-        << linkType.rawValue();
+    EXPECT_EQ(disposition->starts_with("inline;"), linkType == SessionLinkType::directLink);
   }
 }
 
