@@ -1,15 +1,15 @@
 #pragma once
 
-#include <strings.h>
+#include <QuillbayPlatform/ASCIICase.h>
 
-#include <string>
+#include <string_view>
 
 namespace quillbay::platform {
 
 /// Orders the names of HTTP header fields without regard to case (RFC 9110, section 5.1).
 struct HTTPFieldNameLess {
-  bool operator()(const std::string& first, const std::string& second) const noexcept {
-    return strcasecmp(first.c_str(), second.c_str()) < 0;
+  bool operator()(std::string_view first, std::string_view second) const noexcept {
+    return precedesIgnoringASCIICase(first, second);
   }
 };
 

@@ -1,6 +1,6 @@
+#include <QuillbayPlatform/ASCIICase.h>
 #include <QuillbayPlatform/network/Gzip.h>
 #include <QuillbayPlatform/network/ReplyCollector.h>
-#include <strings.h>
 
 #include <charconv>
 
@@ -15,7 +15,19 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
+// No field's name holds a slash.
 bool isStatusLine(std::string_view line) { return line.starts_with("HTTP/"); }
+
+bool isEmptyLine(std::string_view line) { return line == "\r\n" || line == "\n"; }
+
+/// A line that goes on with the value before it (RFC 9112, section 5.2).
+bool isContinuation(std::string_view line) {
+  return line.starts_with(' ') || line.starts_with('\t');
+}
+
+bool isGzip(std::string_view coding) {
+  return equalsIgnoringASCIICase(coding, "gzip") || equalsIgnoringASCIICase(coding, "x-gzip");
+}
 
 int statusIn(std::string_view statusLine) {
   const auto space = statusLine.find(' ');
@@ -42,22 +54,34 @@ bool ReplyCollector::appendHeaderLine(std::string_view line) {
     overLimit_ = true;
     return false;
   }
-  // Lines after the complete head are the trailer of a chunked body.
-  if (headComplete_) return true;
   if (isStatusLine(line)) {
-    statusCode_ = statusIn(line);
-    headerFields_.clear();
-    return true;
-  }
-  const std::string_view content = trimmed(line);
-  if (content.empty()) {
+    beginReply(line);
+  } else if (isEmptyLine(line)) {
     headComplete_ = statusCode_ >= 200;
-    return true;
+  } else if (!headComplete_) {
+    // Lines after the complete head are the trailer of a chunked body.
+    appendField(line);
   }
-  const auto colon = content.find(':');
-  if (colon == std::string_view::npos) return true;
-  headerFields_.emplace_back(trimmed(content.substr(0, colon)), trimmed(content.substr(colon + 1)));
   return true;
+}
+
+void ReplyCollector::beginReply(std::string_view statusLine) {
+  statusCode_ = statusIn(statusLine);
+  headComplete_ = false;
+  headerFields_.clear();
+  body_.clear();
+}
+
+void ReplyCollector::appendField(std::string_view line) {
+  if (isContinuation(line)) {
+    const std::string_view more = trimmed(line);
+    if (!headerFields_.empty() && !more.empty())
+      headerFields_.back().second.append(" ").append(more);
+    return;
+  }
+  const auto colon = line.find(':');
+  if (colon == std::string_view::npos) return;
+  headerFields_.emplace_back(trimmed(line.substr(0, colon)), trimmed(line.substr(colon + 1)));
 }
 
 bool ReplyCollector::appendBody(std::string_view bytes) {
@@ -69,12 +93,13 @@ bool ReplyCollector::appendBody(std::string_view bytes) {
   return true;
 }
 
-std::optional<std::string> ReplyCollector::takeUnpackedBody(const std::string& coding) {
-  const auto isNamed = [&](const char* name) { return strcasecmp(coding.c_str(), name) == 0; };
-  if (body_.empty() || coding.empty() || isNamed("identity")) return takeBody();
-  if (!isNamed("gzip") && !isNamed("x-gzip")) return std::nullopt;
-  overLimit_ = gzipUnpackedByteCount(body_) > maximumByteCount_;
-  return overLimit_ ? std::nullopt : unpackGzip(body_);
+std::optional<std::string> ReplyCollector::takeUnpackedBody(std::string_view coding) {
+  if (body_.empty() || !isGzip(coding)) return takeBody();
+  auto unpacked = unpackGzip(body_, maximumByteCount_);
+  if (unpacked) return std::move(*unpacked);
+  overLimit_ = unpacked.error() == GzipError::tooLarge;
+  if (overLimit_) return std::nullopt;
+  return takeBody();
 }
 
 std::optional<HTTPURLResponse> ReplyCollector::response(const URL& url) const {
