@@ -14,7 +14,8 @@ struct NetworkSettings {
   std::vector<std::string> connectTo;
   /// Path of a PEM file with the certificate authorities to trust in place of the system's.
   std::string caBundlePath;
-  /// Address of a proxy for https, in place of what the environment says.
+  /// Address of a proxy for https, in place of what the environment says, `no_proxy` included.
+  /// Loopback addresses are always reached without one. Empty: what the environment says.
   std::string proxy;
 
   /// Whether `route` has the form of an entry of `connectTo`.

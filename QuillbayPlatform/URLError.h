@@ -16,6 +16,7 @@ class URLError final : public Error {
     cannotConnectToHost,
     networkConnectionLost,   ///< also a reply that came before the body was sent
     secureConnectionFailed,  ///< TLS hand-shake or certificate
+    badServerResponse,       ///< the reply is not HTTP/1.x
     unsupportedURL,          ///< not https, or with a password in it
     tooManyRedirects,
     dataLengthExceedsMaximum,

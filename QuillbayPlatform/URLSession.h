@@ -35,6 +35,13 @@ class URLSessionTask {
 /// by the whole process, so a connection survives from one session to the next. HTTP/1.1; https
 /// only, plain http only to a loopback address; at most 10 redirects. A session may be released
 /// while its tasks run.
+///
+/// Nothing is retried after a reply or a time-out. What may be sent again without the caller's
+/// knowledge is a request that got no byte of reply on a connection kept from an earlier one, which
+/// the server may have closed just then (RFC 9112, section 9.3.1): a request of a data task unless
+/// it is a POST, and an upload of which no byte of the file has been sent. A body of over 1 MiB is
+/// announced with "Expect: 100-continue"; to status 417 before the whole body was sent, the request
+/// is sent once more, on a new connection and without that field (RFC 9110, section 10.1.1).
 class URLSession {
  public:
   /// Called exactly once a task, on the session's queue; then moved to the main queue to be
@@ -50,7 +57,8 @@ class URLSession {
 
   /// A task that sends the request with its own body. Replies of over 64 MiB (after
   /// decompression) end as an error. Redirects are followed as browsers do; a field
-  /// "X-QUILLBAY-SESSION-TOKEN" is dropped when one leads to another origin.
+  /// "X-QUILLBAY-SESSION-TOKEN" is dropped when one leads to another origin. A gzip body is
+  /// unpacked (RFC 1952); one that is damaged or in another coding is given as it came.
   std::shared_ptr<URLSessionTask> dataTask(URLRequest request, CompletionHandler completionHandler);
 
   /// A task that sends the regular file at `fileURL` as the body: exactly as many bytes as the

@@ -29,6 +29,7 @@ constexpr int kUnsentByteCount = 128 << 10;
 constexpr std::uint64_t kExpectContinueByteCount = std::uint64_t{1} << 20;
 // A server that ignores the question costs this once a file.
 constexpr long kExpectContinueMilliseconds = 300;
+constexpr int kExpectationFailedStatus = 417;
 
 std::optional<std::uint64_t> announcedByteCount(const URLRequest& request) {
   const auto field = request.headerFields.find(kContentLength);
@@ -67,9 +68,13 @@ URLError::Code errorCode(CURLcode code) {
     case CURLE_SSL_INVALIDCERTSTATUS:
       return URLError::Code::secureConnectionFailed;
     case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
       return URLError::Code::unsupportedURL;
+    // The address's protocol is known to be right: this is a reply without a status line.
+    case CURLE_UNSUPPORTED_PROTOCOL:
+    case CURLE_WEIRD_SERVER_REPLY:
+      return URLError::Code::badServerResponse;
     case CURLE_SEND_ERROR:
+    case CURLE_SEND_FAIL_REWIND:
     case CURLE_RECV_ERROR:
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
@@ -135,8 +140,12 @@ void Transfer::configureConnection() {
   // A slow resolver must not hold up the end of the process.
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveBufferByteCount);
-  // A request on a kept connection that died meanwhile is silently sent again; a POST must not be.
-  if (request_.method == "POST") curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+  // When a kept connection dies unanswered, libcurl sends the request again. A POST must not be,
+  // nor a file. Of a file, libcurl would have to rewind what it sent, for which it has no function
+  // of ours; but an empty one is sent with the head.
+  if (request_.method == "POST" || (isUpload() && bodyByteCount() == 0)) {
+    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+  }
 }
 
 void Transfer::configureRoute() {
@@ -153,27 +162,27 @@ void Transfer::configureRoute() {
     curl_easy_setopt(easy, CURLOPT_PROXY, "");
   } else if (!settings_.proxy.empty()) {
     curl_easy_setopt(easy, CURLOPT_PROXY, settings_.proxy.c_str());
+    // The environment's exceptions are from its own proxy.
+    curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
   }
 }
 
 void Transfer::configureBody() {
   CURL* easy = easy_.get();
   if (isUpload()) {
-    body_->seek(0);
+    body_->rewind();
     curl_easy_setopt(easy, CURLOPT_UPLOAD, 1L);
     curl_easy_setopt(easy, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(body_->byteCount()));
     curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, kUploadBufferByteCount);
     curl_easy_setopt(easy, CURLOPT_READFUNCTION, readBody);
     curl_easy_setopt(easy, CURLOPT_READDATA, this);
-    curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, seekBody);
-    curl_easy_setopt(easy, CURLOPT_SEEKDATA, this);
   } else if (request_.body || request_.method == "POST" || request_.method == "PUT") {
     // These methods announce their length even when there is nothing to send.
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(bodyByteCount()));
     curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
   }
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request_.method.c_str());
-  if (bodyByteCount() > kExpectContinueByteCount) {
+  if (asksBeforeBody()) {
     curl_easy_setopt(easy, CURLOPT_EXPECT_100_TIMEOUT_MS, kExpectContinueMilliseconds);
   }
 }
@@ -184,7 +193,7 @@ void Transfer::configureHeaders() {
   fields.erase(kContentLength);
   headerList_.reset();
   for (const auto& [name, value] : fields) append(headerList_, headerLine(name, value).c_str());
-  if (bodyByteCount() <= kExpectContinueByteCount) append(headerList_, "Expect:");
+  if (!asksBeforeBody()) append(headerList_, "Expect:");
   if (isUpload()) {
     // A presigned address may refuse fields that were not signed.
     append(headerList_, "Accept:");
@@ -219,11 +228,22 @@ std::uint64_t Transfer::bodyByteCount() const {
   return request_.body ? request_.body->size() : 0;
 }
 
+/// Whether the head goes ahead of the body and asks if that is wanted (RFC 9110, section 10.1.1).
+bool Transfer::asksBeforeBody() const {
+  return mayAskBeforeBody_ && bodyByteCount() > kExpectContinueByteCount;
+}
+
 Transfer::State Transfer::performed(CURLcode code) {
-  if (successCameEarly_ || (isUpload() && reply_.statusCode() / 100 == 2 && !wholeBodyWasSent())) {
+  if (wasAskingRefused()) {
+    mayAskBeforeBody_ = false;
+    return configure();
+  }
+  if (successCameEarly()) {
     return fail(URLError::Code::networkConnectionLost,
                 "the server answered before the whole body was sent");
   }
+  // Whatever becomes of the rest of the reply.
+  if (isUpload() && reply_.statusCode() / 100 == 2) progress_->complete();
   auto response = reply_.response(request_.url);
   if (code != CURLE_OK) return finish({std::nullopt, std::move(response), transportError(code)});
   if (!response) {
@@ -245,14 +265,11 @@ Transfer::State Transfer::follow(const HTTPURLResponse& response) {
 }
 
 Transfer::State Transfer::deliver(const HTTPURLResponse& response) {
-  if (isUpload()) {
-    if (response.statusCode() / 100 == 2) progress_->complete();
-    return finish({reply_.takeBody(), response, nullptr});
-  }
+  if (isUpload()) return finish({reply_.takeBody(), response, nullptr});
   auto body =
       reply_.takeUnpackedBody(response.valueForHTTPHeaderField("Content-Encoding").value_or(""));
   if (body) return finish({std::move(body), response, nullptr});
-  return finish({std::nullopt, response, transportError(CURLE_BAD_CONTENT_ENCODING)});
+  return finish({std::nullopt, response, transportError(CURLE_OK)});
 }
 
 void Transfer::cancel() { fail(URLError::Code::cancelled, "the process is ending"); }
@@ -261,6 +278,17 @@ bool Transfer::wholeBodyWasSent() const {
   curl_off_t sentByteCount = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_SIZE_UPLOAD_T, &sentByteCount);
   return std::cmp_equal(sentByteCount, bodyByteCount());
+}
+
+/// A success that cannot be meant for the file, because it is not all there.
+bool Transfer::successCameEarly() const {
+  return isUpload() && reply_.statusCode() / 100 == 2 && !wholeBodyWasSent();
+}
+
+/// The server, or a proxy on the way, does not want to be asked: the request is to be sent without
+/// the question. A server that got the whole body has refused for good.
+bool Transfer::wasAskingRefused() const {
+  return reply_.statusCode() == kExpectationFailedStatus && asksBeforeBody() && !wholeBodyWasSent();
 }
 
 ErrorPtr Transfer::transportError(CURLcode code) const {
@@ -272,8 +300,17 @@ ErrorPtr Transfer::transportError(CURLcode code) const {
     return makeError(URLError::Code::timedOut,
                      "nothing moved for " + std::to_string(request_.timeoutSeconds) + " seconds");
   }
-  const char* text = errorText_[0] != '\0' ? errorText_.data() : curl_easy_strerror(code);
-  return makeError(errorCode(code), text);
+  return makeError(errorCode(code), transportReason(code));
+}
+
+std::string Transfer::transportReason(CURLcode code) const {
+  if (code == CURLE_SEND_FAIL_REWIND)
+    return "the connection was lost while the file was being sent";
+  if (code == CURLE_UNSUPPORTED_PROTOCOL) return "the reply is not HTTP";
+  const std::string text = errorText_.data();
+  // libcurl quotes a proxy setting that it cannot use, password included.
+  if (text.starts_with("Unsupported proxy")) return "the address of the proxy is not valid";
+  return text.empty() ? curl_easy_strerror(code) : text;
 }
 
 ErrorPtr Transfer::makeError(URLError::Code code, const std::string& reason) const {
@@ -299,23 +336,16 @@ std::size_t Transfer::readBody(char* buffer, std::size_t size, std::size_t count
   return CURL_READFUNC_ABORT;
 }
 
-int Transfer::seekBody(void* transfer, curl_off_t offset, int origin) noexcept {
-  auto& self = *static_cast<Transfer*>(transfer);
-  if (origin != SEEK_SET || offset < 0) return CURL_SEEKFUNC_CANTSEEK;
-  return self.body_->seek(static_cast<std::uint64_t>(offset)) ? CURL_SEEKFUNC_OK
-                                                              : CURL_SEEKFUNC_FAIL;
-}
-
 std::size_t Transfer::receiveHeader(char* bytes, std::size_t size, std::size_t count,
                                     void* transfer) noexcept {
   auto& self = *static_cast<Transfer*>(transfer);
   const std::string_view line(bytes, size * count);
   if (!self.reply_.appendHeaderLine(line)) return 0;
-  if (self.isUpload() && self.reply_.statusCode() / 100 == 2 && !self.wholeBodyWasSent()) {
-    // Nothing that is sent from here on can have been meant by that reply.
-    self.successCameEarly_ = true;
-    return 0;
-  }
+  // Nothing that is sent from here on can have been meant by that reply.
+  if (self.successCameEarly()) return 0;
+  // libcurl would repeat the request by itself, on a connection whose server may still be reading
+  // the body that it was promised.
+  if (self.wasAskingRefused()) return 0;
   return line.size();
 }
 

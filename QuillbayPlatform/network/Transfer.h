@@ -63,18 +63,21 @@ class Transfer {
   void configureHeaders();
   void configureCallbacks();
   std::uint64_t bodyByteCount() const;
+  bool asksBeforeBody() const;
 
   State follow(const HTTPURLResponse& response);
   State deliver(const HTTPURLResponse& response);
   bool wholeBodyWasSent() const;
+  bool successCameEarly() const;
+  bool wasAskingRefused() const;
   ErrorPtr transportError(CURLcode code) const;
+  std::string transportReason(CURLcode code) const;
   State finish(Outcome outcome);
   State fail(URLError::Code code, const std::string& reason);
   ErrorPtr makeError(URLError::Code code, const std::string& reason) const;
 
   static std::size_t readBody(char* buffer, std::size_t size, std::size_t count,
                               void* transfer) noexcept;
-  static int seekBody(void* transfer, curl_off_t offset, int origin) noexcept;
   static std::size_t receiveHeader(char* bytes, std::size_t size, std::size_t count,
                                    void* transfer) noexcept;
   static std::size_t receiveBody(char* bytes, std::size_t size, std::size_t count,
@@ -95,7 +98,7 @@ class Transfer {
   ErrorPtr bodyError_;
   SilenceWatch silence_;
   ReplyCollector reply_;
-  bool successCameEarly_ = false;
+  bool mayAskBeforeBody_ = true;
 
   EasyHandle easy_;
   StringList headerList_;

@@ -35,10 +35,9 @@ std::expected<std::size_t, ErrorPtr> UploadBody::read(std::span<std::byte> buffe
   return count;
 }
 
-bool UploadBody::seek(std::uint64_t offset) {
-  if (offset > byteCount_ || !file_.seek(offset)) return false;
-  position_ = offset;
-  return true;
+bool UploadBody::rewind() {
+  position_ = 0;
+  return file_.seek(0);
 }
 
 }  // namespace quillbay::platform

@@ -24,8 +24,8 @@ class UploadBody {
   /// The next bytes, 0 after the last announced one. Fails if the file ends before that.
   std::expected<std::size_t, ErrorPtr> read(std::span<std::byte> buffer);
 
-  /// Moves to `offset` bytes from the beginning, so that the body can be sent again.
-  bool seek(std::uint64_t offset);
+  /// Goes back to the first byte, so that the body can be sent again.
+  bool rewind();
 
  private:
   UploadBody(FileHandle file, URL fileURL, std::uint64_t byteCount)

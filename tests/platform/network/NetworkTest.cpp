@@ -83,6 +83,15 @@ Outcome upload(std::string_view address, const std::filesystem::path& file) {
   return RunningTask(storeRequest(address, std::filesystem::file_size(file)), file).wait();
 }
 
+ScriptedServer::ConnectionHandler answering(std::string bytes) {
+  return [bytes = std::move(bytes)](Connection& connection) {
+    connection.readRequest();
+    connection.send(bytes);
+    connection.shutdownSending();
+    connection.waitForClient();
+  };
+}
+
 NetworkTest::NetworkTest() { useTestNetwork(); }
 
 void NetworkTest::stallUpload(Connection& connection) {

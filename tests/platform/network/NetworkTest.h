@@ -72,6 +72,9 @@ Outcome get(std::string_view address);
 /// Uploads the file, announcing its size of now.
 Outcome upload(std::string_view address, const std::filesystem::path& file);
 
+/// A script that reads one request, sends these bytes and ends the connection in order.
+ScriptedServer::ConnectionHandler answering(std::string bytes);
+
 class NetworkTest : public testing::Test {
  protected:
   NetworkTest();

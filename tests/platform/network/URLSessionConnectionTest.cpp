@@ -1,6 +1,8 @@
 #include "NetworkTest.h"
 #include "Waiting.h"
 
+#include <QuillbayPlatform/network/Engine.h>
+#include <netdb.h>
 #include <poll.h>
 
 #include <algorithm>
@@ -8,6 +10,7 @@
 #include <atomic>
 #include <ctime>
 #include <ranges>
+#include <semaphore>
 #include <string>
 #include <thread>
 
@@ -16,6 +19,13 @@ namespace {
 
 using URLSessionConnectionTest = NetworkTest;
 using platform::URLSession;
+
+/// The lookup of a host's name, of which no test here needs the result.
+struct Lookup {
+  std::atomic<bool> hasBegun = false;
+  std::atomic<bool> hasEnded = false;
+  std::binary_semaphore mayEnd{0};
+} lookup;
 
 platform::URLRequest createSession(const ScriptedServer& server) {
   auto post = request("POST", server.address("/session"));
@@ -37,29 +47,82 @@ TEST_F(URLSessionConnectionTest, OneConnectionServesAllSessionsAndOneMoreThePost
   EXPECT_EQ(server_.connectionCount(), 2u);
 }
 
-TEST_F(URLSessionConnectionTest, APostIsNeverSentTwice) {
-  server_.onRequest([](const Request& got) {
-    return got.method() == "POST" ? Reply::none() : Reply::empty(200);
-  });
-  for (int round = 0; round < 3; ++round) {
-    EXPECT_EQ(get(server_.address()).status(), 200);
-    EXPECT_EQ(perform(createSession(server_)).code(), Code::networkConnectionLost);
+TEST_F(URLSessionConnectionTest, WhenAKeptConnectionDiesOnlyWhatDoesNoHarmTwiceIsSentAgain) {
+  struct Row {
+    const char* method;
+    std::optional<std::uint64_t> fileByteCount;
+    bool diesAfterHead;
+    std::size_t arrivalCount;
+    std::optional<Code> code = std::nullopt;
+  };
+  const std::vector<Row> rows = {
+      {"GET", std::nullopt, false, 2},
+      {"DELETE", std::nullopt, false, 2},
+      {"PUT", std::nullopt, false, 2},
+      {"POST", std::nullopt, false, 1, Code::networkConnectionLost},
+      {"PUT", 0, false, 1, Code::networkConnectionLost},
+      {"PUT", 1000, false, 1, Code::networkConnectionLost},
+      {"PUT", 2 * mebibyte, false, 1, Code::networkConnectionLost},
+      // Nothing of the file had left.
+      {"PUT", 2 * mebibyte, true, 2},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.method) + " " + testing::PrintToString(row.fileByteCount));
+    ScriptedServer server;
+    std::atomic<int> arrivalCount = 0;
+    server.onConnection([&](Connection& connection) {
+      while (const auto head = connection.readHead()) {
+        const bool isFirstArrival = head->target() == "/lost" && ++arrivalCount == 1;
+        if (isFirstArrival && row.diesAfterHead) return;
+        connection.readBody();
+        if (isFirstArrival) return;
+        connection.send(Reply::empty(200));
+      }
+    });
+    EXPECT_EQ(get(server.address("/kept")).status(), 200);
+    const auto put = storeRequest(server.address("/lost"), row.fileByteCount.value_or(0));
+    auto sent = request(row.method, server.address("/lost"));
+    if (sent.method != "GET") sent.body = "{}";
+    const Outcome outcome =
+        row.fileByteCount
+            ? RunningTask(put, folder_.writePattern("file", *row.fileByteCount)).wait()
+            : perform(sent);
+    EXPECT_EQ(outcome.code(), row.code);
+    EXPECT_EQ(std::ranges::count(server.requests(), "/lost", &Request::target), row.arrivalCount);
   }
-  const auto requests = server_.requests();
-  EXPECT_EQ(std::ranges::count(requests, "POST", &Request::method), 3);
 }
 
-TEST_F(URLSessionConnectionTest, AKeptConnectionThatDiedCostsNoUploadItsSuccess) {
-  // The first connection ends with the second request.
-  server_.onConnection([this](Connection& connection) {
-    const bool isFirst = server_.connectionCount() == 1;
-    connection.readRequest();
-    connection.send(Reply::empty(200));
-    if (isFirst) connection.readRequest();
-  });
-  EXPECT_EQ(get(server_.address("/first")).status(), 200);
-  EXPECT_EQ(upload(server_.address("/store"), folder_.writePattern("file", 1000)).status(), 200);
-  EXPECT_TRUE(server_.requests().back().body == patternedBytes(1000));
+TEST_F(URLSessionConnectionTest, AServerThatWillNotBeAskedGetsTheWholeRequestOnce) {
+  const std::string body = patternedBytes(2 * mebibyte);
+  const auto file = folder_.write("file", body);
+  for (const bool isUpload : {true, false}) {
+    // The second one has begun to send, as it had no answer for a while.
+    for (const std::uint64_t readByteCount : {std::uint64_t{0}, mebibyte / 2, 2 * mebibyte}) {
+      SCOPED_TRACE(std::string(isUpload ? "PUT " : "POST ") + std::to_string(readByteCount));
+      ScriptedServer server;
+      server.onConnection([&](Connection& connection) {
+        const auto head = connection.readHead();
+        const bool isAsked = head && head->field("Expect");
+        connection.readBody(isAsked ? readByteCount : Connection::all);
+        connection.send(isAsked
+                            ? Reply{.status = 417, .headerFields = {{"ETag", "417"}}, .body = "no"}
+                            : Reply{.headerFields = {{"ETag", "tag"}}, .body = "yes"});
+        // As a server may: it takes what it was promised, and drops it.
+        connection.waitForClient();
+      });
+      auto sent = createSession(server);
+      sent.body = body;
+      const Outcome outcome = isUpload ? upload(server.address("/store"), file) : perform(sent);
+      const bool isRefusedForGood = readByteCount == body.size();
+      EXPECT_EQ(outcome.status(), isRefusedForGood ? 417 : 200);
+      EXPECT_EQ(outcome.data, isRefusedForGood ? "no" : "yes");
+      ASSERT_TRUE(outcome.response);
+      EXPECT_EQ(outcome.response->valueForHTTPHeaderField("ETag"),
+                isRefusedForGood ? "417" : "tag");
+      EXPECT_TRUE(server.requests().back().body == body);
+      EXPECT_EQ(std::ranges::count(server.requests(), body.size(), &Request::bodyByteCount), 1);
+    }
+  }
 }
 
 TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
@@ -88,6 +151,21 @@ TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
   EXPECT_EQ(server_.requests().size(), 100u);
 }
 
+TEST_F(URLSessionConnectionTest, TheEngineStopsWhileANameIsStillLookedUp) {
+  bool hasFinished = false;
+  platform::Engine engine;
+  engine.start(std::make_unique<platform::Transfer>(
+      request("GET", "https://slow.quillbay.example/"), std::nullopt,
+      platform::TaskProgress::create(),
+      [&](const platform::Transfer::Outcome&) { hasFinished = true; }));
+  EXPECT_TRUE(waitUntil([] { return lookup.hasBegun.load(); }));
+  engine.stop();
+  EXPECT_TRUE(hasFinished);
+  EXPECT_FALSE(lookup.hasEnded);
+  lookup.mayEnd.release();
+  EXPECT_TRUE(waitUntil([] { return lookup.hasEnded.load(); }));
+}
+
 TEST_F(URLSessionConnectionTest, WaitingForTheNetworkTakesNoProcessorTime) {
   const auto gate = std::make_shared<Gate>();
   server_.onRequest([gate](const Request& got) {
@@ -109,3 +187,12 @@ TEST_F(URLSessionConnectionTest, WaitingForTheNetworkTakesNoProcessorTime) {
 
 }  // namespace
 }  // namespace quillbay::test
+
+/// In place of the system's, for libcurl.
+extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**) {
+  using quillbay::test::lookup;
+  lookup.hasBegun = true;
+  (void)lookup.mayEnd.try_acquire_for(std::chrono::seconds(10));
+  lookup.hasEnded = true;
+  return EAI_FAIL;
+}
