@@ -5,10 +5,12 @@
 
 #include <QuillbayPlatform/URLError.h>
 #include <QuillbayPlatform/URLSession.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <filesystem>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,11 +57,9 @@ class RunningTask {
   Outcome wait();
 
  private:
-  struct State;
-
   platform::URLSession::CompletionHandler handler();
 
-  std::shared_ptr<State> state_;
+  std::shared_future<Outcome> outcome_;
   std::shared_ptr<platform::URLSessionTask> task_;
 };
 
