@@ -68,8 +68,8 @@ TEST_F(URLSessionConnectionTest, WhenAKeptConnectionDiesOnlyWhatDoesNoHarmTwiceI
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(std::string(row.method) + " " + testing::PrintToString(row.fileByteCount));
-    ScriptedServer server;
     std::atomic<int> arrivalCount = 0;
+    ScriptedServer server;
     server.onConnection([&](Connection& connection) {
       while (const auto head = connection.readHead()) {
         const bool isFirstArrival = head->target() == "/lost" && ++arrivalCount == 1;
