@@ -11,8 +11,8 @@
 namespace quillbay::platform {
 
 /// The bytes of one file as the body of a request: exactly as many as were announced, whatever
-/// happens to the file meanwhile. Opened once. Engine thread, which the file system's answer blocks:
-/// docs/architecture.md says why.
+/// happens to the file meanwhile. Opened once. Engine thread, which the file system's answer
+/// blocks: docs/architecture.md says why.
 class UploadBody {
  public:
   /// `announcedByteCount`: the length that the request declares; the file's size if absent. Fails
