@@ -22,6 +22,8 @@ std::string failedText(Step step, const std::string& fileName) {
       return "the upload of " + fileName + " failed";
     case Step::finalizing:
       return "the upload of " + fileName + " could not be completed";
+    case Step::deletingSession:
+      return "the session was not deleted";
   }
   return "the run failed";
 }

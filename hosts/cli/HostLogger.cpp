@@ -35,7 +35,9 @@ void HostLogger::debug(const cloud::Configuration::LogMessage& message, std::str
 
 void HostLogger::error(const cloud::Configuration::LogMessage& message, std::string_view /*file*/,
                        std::string_view function, int /*line*/, const std::any& /*context*/) {
-  if (console_ != nullptr) print(*console_, "error", function, message());
+  const std::string text = message();
+  journal_->noteError(function, text);
+  if (console_ != nullptr) print(*console_, "error", function, text);
 }
 
 }  // namespace quillbay::cli

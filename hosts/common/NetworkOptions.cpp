@@ -5,6 +5,7 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
@@ -28,6 +29,13 @@ std::vector<std::string> splitRoutes(std::string_view text) {
     routes.emplace_back(text.substr(start, end - start));
     text.remove_prefix(end);
   }
+}
+
+bool namesProxy(const Environment& environment) {
+  if (environment("no_proxy").value_or(environment("NO_PROXY").value_or("")) == "*") return false;
+  return std::ranges::any_of(
+      std::array{"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"},
+      [&](const char* name) { return !environment(name).value_or("").empty(); });
 }
 
 }  // namespace
@@ -56,7 +64,7 @@ void RawNetworkOptions::addTo(OptionTable& table) {
 
 std::expected<NetworkOptions, std::string> RawNetworkOptions::checked(
     const Environment& environment) const {
-  NetworkOptions options{connectTo_, caBundlePath_.value_or("")};
+  NetworkOptions options{connectTo_, caBundlePath_.value_or(""), namesProxy(environment)};
   const bool fromEnvironment = options.connectTo.empty();
   if (fromEnvironment) {
     options.connectTo = splitRoutes(environment("QUILLBAY_CONNECT_TO").value_or(""));

@@ -16,9 +16,11 @@ using Environment = std::function<std::optional<std::string>(const char* name)>;
 /// How a program reaches the service.
 struct NetworkOptions {
   /// Valid routes; from the command line, or else from QUILLBAY_CONNECT_TO.
-  std::vector<std::string> connectTo;
+  std::vector<std::string> connectTo = {};
   /// From the command line, or else from QUILLBAY_CACERT; empty: the system's authorities.
-  std::string caBundlePath;
+  std::string caBundlePath = {};
+  /// Whether the environment names a proxy for https.
+  bool usesProxy = false;
 
   /// Points the library there. Returns what is wrong, for people, if the bundle cannot be read.
   std::optional<std::string> apply() const;

@@ -5,6 +5,7 @@ namespace quillbay::host {
 void RunJournal::restart() {
   step_ = Step::fingerprinting;
   filesDone_ = 0;
+  isUploadUnanswered_ = false;
 }
 
 void RunJournal::note(std::string_view function, std::string_view message) {
@@ -17,6 +18,12 @@ void RunJournal::note(std::string_view function, std::string_view message) {
     const bool isFinished = message == "Finished upload finalization";
     step_ = isFinished ? Step::requestingAddress : Step::finalizing;
     if (isFinished) ++filesDone_;
+  }
+}
+
+void RunJournal::noteError(std::string_view function, std::string_view message) {
+  if (function == "uploadResult(data:response:error:url:)") {
+    isUploadUnanswered_ = message == "Unexpected response";
   }
 }
 

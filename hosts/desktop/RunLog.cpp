@@ -23,7 +23,9 @@ void RunLog::debug(const cloud::Configuration::LogMessage& message, std::string_
   journal().note(function, message());
 }
 
-void RunLog::error(const cloud::Configuration::LogMessage& /*message*/, std::string_view /*file*/,
-                   std::string_view /*function*/, int /*line*/, const std::any& /*context*/) {}
+void RunLog::error(const cloud::Configuration::LogMessage& message, std::string_view /*file*/,
+                   std::string_view function, int /*line*/, const std::any& /*context*/) {
+  journal().noteError(function, message());
+}
 
 }  // namespace quillbay::desktop
