@@ -17,7 +17,7 @@ constexpr std::string_view kUsage =
     "\n"
     "Usage: quillbay share [options] FILE...\n"
     "       quillbay delete [options] SESSION --token TOKEN | --token-file FILE\n"
-    "       quillbay --version | --help\n"
+    "       quillbay help [COMMAND] | --help | --version\n"
     "\n"
     "'quillbay share --help' and 'quillbay delete --help' list the options.\n";
 
@@ -34,11 +34,14 @@ constexpr std::string_view kShareHelp =
     "2030-01-31T18:00:00Z.\n"
     "\n"
     "The link stands alone on standard output as soon as the session exists; the\n"
-    "upload goes on. On a terminal, standard error shows how far it is.\n"
+    "command ends when everything is uploaded. To use the link before that, read it\n"
+    "from a pipe: quillbay share FILE | while read -r link; do ...; done\n"
+    "On a terminal, standard error shows how far the upload is.\n"
     "\n"
     "Ctrl-C cancels and deletes the session; a second one ends at once. A share that\n"
-    "fails deletes its session too. --keep leaves it in both cases. Who wants to\n"
-    "delete a session later keeps \"id\" and \"token\" of the first line of --json.\n";
+    "fails deletes its session too. --keep leaves it in both cases. To delete a\n"
+    "session later, keep \"id\" and \"token\" of the first line of --json, or the\n"
+    "command that --verbose prints at the end.\n";
 
 constexpr std::string_view kDeleteUsage =
     "Deletes a session that 'quillbay share' created: its link stops working.\n"
@@ -66,6 +69,8 @@ constexpr std::string_view kEnvironmentHelp =
     "Environment:\n"
     "  QUILLBAY_CONNECT_TO  default of --connect-to; commas or blanks separate routes\n"
     "  QUILLBAY_CACERT      default of --cacert\n"
+    "  https_proxy, all_proxy, no_proxy\n"
+    "                       the proxy to use, and hosts to reach without it\n"
     "  NO_COLOR             if not empty, no colours\n";
 
 /// The options as they are written, before they are checked.
@@ -97,11 +102,11 @@ void addCommonOptions(host::OptionTable& table, RawCommon& common) {
                 "name of this installation for the service\n(default quillbay-cli)",
                 common.instanceIdentifier);
   table.addFlag("--json", "print events, one JSON object a line, in place of\nthe link",
-                common.json, "output");
-  table.addFlag("--quiet", "print nothing but errors on standard error", common.quiet, "output");
-  table.addFlag("--verbose", "print each step on standard error", common.verbose, "output");
+                common.json);
+  table.addFlag("--quiet", "print nothing but errors on standard error", common.quiet, "verbosity");
+  table.addFlag("--verbose", "print each step on standard error", common.verbose, "verbosity");
   common.network.addTo(table);
-  table.addEnding("--help", "print this help", common.help);
+  table.addEnding("-h, --help", "print this help", common.help);
 }
 
 host::OptionTable tableOf(RawShare& share) {
@@ -136,10 +141,9 @@ host::OptionTable tableOf(RawDelete& deletion) {
   return table;
 }
 
-OutputMode modeOf(const RawCommon& common) {
-  if (common.json) return OutputMode::json;
-  if (common.quiet) return OutputMode::quiet;
-  return common.verbose ? OutputMode::verbose : OutputMode::plain;
+Verbosity verbosityOf(const RawCommon& common) {
+  if (common.quiet) return Verbosity::quiet;
+  return common.verbose ? Verbosity::verbose : Verbosity::normal;
 }
 
 /// What is wrong with a text that is to be sent as JSON or as part of an address, if anything.
@@ -151,8 +155,9 @@ std::optional<std::string> problemOf(const std::string& text, const char* name) 
 std::expected<CommonOptions, std::string> checked(const RawCommon& raw,
                                                   const host::Environment& environment) {
   CommonOptions common;
-  common.instanceIdentifier = raw.instanceIdentifier.value_or("quillbay-cli");
-  common.mode = modeOf(raw);
+  common.instanceIdentifier = raw.instanceIdentifier.value_or(std::string(kDefaultInstance));
+  common.json = raw.json;
+  common.verbosity = verbosityOf(raw);
   if (common.instanceIdentifier.empty()) return Failure("--instance is empty");
   if (auto problem = problemOf(common.instanceIdentifier, "--instance")) return Failure(*problem);
   auto network = raw.network.checked(environment);
@@ -259,14 +264,25 @@ Result parseDelete(std::span<const std::string> arguments, const host::Environme
   return refusedOr(checked(raw, *operands, environment), "quillbay delete");
 }
 
+/// `quillbay help [COMMAND]`.
+Result help(std::span<const std::string> commands) {
+  if (commands.empty()) return printed({kUsage, kExitStatusHelp});
+  if (commands.size() > 1) return refused("one command at a time", "quillbay");
+  const std::vector<std::string> arguments{"--help"};
+  if (commands.front() == "share") return parseShare(arguments, {}, {});
+  if (commands.front() == "delete") return parseDelete(arguments, {});
+  return refused("unknown command " + host::inQuotes(commands.front()), "quillbay");
+}
+
 }  // namespace
 
 Result parseCommandLine(std::span<const std::string> arguments,
                         const host::Environment& environment, platform::Date now) {
   if (arguments.empty()) return refused("which command? share or delete", "quillbay");
   const std::string& first = arguments.front();
-  if (first == "--help") return printed({kUsage, kExitStatusHelp});
-  if (first == "--version") return printed({"quillbay " QUILLBAY_VERSION "\n"});
+  if (first == "--help" || first == "-h") return help({});
+  if (first == "help") return help(arguments.subspan(1));
+  if (first == "--version" || first == "-V") return printed({"quillbay " QUILLBAY_VERSION "\n"});
   if (first == "share") return parseShare(arguments.subspan(1), environment, now);
   if (first == "delete") return parseDelete(arguments.subspan(1), environment);
   const char* kind = first.starts_with('-') ? "unknown option " : "unknown command ";

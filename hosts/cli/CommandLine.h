@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -15,12 +16,17 @@
 
 namespace quillbay::cli {
 
-enum class OutputMode { plain, json, quiet, verbose };
+inline constexpr std::string_view kDefaultInstance = "quillbay-cli";
+
+/// How much standard error tells.
+enum class Verbosity { normal, quiet, verbose };
 
 /// What both commands share.
 struct CommonOptions {
   std::string instanceIdentifier;
-  OutputMode mode = OutputMode::plain;
+  /// Events on standard output, in place of the link.
+  bool json = false;
+  Verbosity verbosity = Verbosity::normal;
   host::NetworkOptions network;
 };
 

@@ -12,7 +12,7 @@ namespace quillbay::cli {
 namespace {
 
 constexpr std::size_t kUsualColumnCount = 80;
-constexpr std::string_view kEraseLine = "\r\x1b[K";
+constexpr std::string_view kEraseStatus = "\r\x1b[J";
 
 }  // namespace
 
@@ -38,7 +38,8 @@ void Console::printNote(std::string_view text) {
 void Console::printLine(std::string_view text) {
   const std::lock_guard lock(mutex_);
   const std::string status = std::exchange(status_, {});
-  write((status.empty() ? "" : std::string(kEraseLine)) + std::string(text) + "\n" + status);
+  const std::string erasure(status.empty() ? "" : kEraseStatus);
+  write(erasure + std::string(text) + "\n" + status + (status.empty() ? "" : "\r"));
   status_ = status;
 }
 
@@ -46,14 +47,16 @@ void Console::setStatus(std::string text) {
   if (!showsStatus_ || !canWriteNow(descriptor_)) return;
   const std::lock_guard lock(mutex_);
   if (text == status_) return;
-  // In one write, and erasing behind the text: nothing flickers.
-  write("\r" + text + "\x1b[K");
+  // In one write, and erasing behind the text: nothing flickers. The cursor goes back to the
+  // beginning: when the window becomes narrower and breaks the line, the rest is below the cursor,
+  // where the next erasure reaches it.
+  write("\r" + text + "\x1b[J\r");
   status_ = std::move(text);
 }
 
 void Console::clearStatus() {
   const std::lock_guard lock(mutex_);
-  if (!status_.empty()) write(kEraseLine);
+  if (!status_.empty()) write(kEraseStatus);
   status_.clear();
 }
 

@@ -10,17 +10,12 @@
 
 namespace quillbay::cli {
 
-DeleteRun::DeleteRun(std::string sessionIdentifier, std::string instanceIdentifier,
-                     std::string token, ResultOutput& output, Console& console)
-    : sessionIdentifier_(std::move(sessionIdentifier)),
-      instanceIdentifier_(std::move(instanceIdentifier)),
-      token_(std::move(token)),
-      output_(output),
-      console_(console),
-      start_(Clock::now()) {}
+DeleteRun::DeleteRun(Options options, ResultOutput& output, Console& console)
+    : options_(std::move(options)), output_(output), console_(console), start_(Clock::now()) {}
 
 void DeleteRun::start() {
-  cloud::SessionController::deleteSession(sessionIdentifier_, instanceIdentifier_, token_,
+  cloud::SessionController::deleteSession(options_.sessionIdentifier, options_.instanceIdentifier,
+                                          options_.token,
                                           [this](auto result) { completed(result); });
 }
 
@@ -29,7 +24,7 @@ void DeleteRun::cancel() {
   status_ = ExitStatus::cancelled;
   console_.clearStatus();
   console_.printError("cancelled before the service answered: session " +
-                      host::inQuotes(sessionIdentifier_) + " may be deleted, or not");
+                      host::inQuotes(options_.sessionIdentifier) + " may be deleted, or not");
 }
 
 void DeleteRun::tick(Clock::time_point now) {
@@ -42,11 +37,11 @@ void DeleteRun::completed(const std::expected<void, cloud::QuillbayCloudError>& 
   if (status_) return;
   console_.clearStatus();
   if (!result) {
-    const FailureReport report = FailureReport::of(result.error());
-    for (const std::string& line : deletionFailureLines(report, sessionIdentifier_)) {
-      console_.printError(line);
-    }
-    output_.failed(report);
+    const host::FailureContext context{.step = host::RunJournal::Step::deletingSession,
+                                       .subject = host::inQuotes(options_.sessionIdentifier),
+                                       .network = options_.network};
+    printFailure(console_, result.error(), context);
+    output_.failed(FailureReport::of(result.error()));
     status_ = ExitStatus::failure;
     return;
   }

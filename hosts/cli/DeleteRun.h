@@ -8,6 +8,7 @@
 #include <string>
 
 #include "ExitStatus.h"
+#include "hosts/common/NetworkOptions.h"
 
 namespace quillbay::cli {
 
@@ -20,9 +21,15 @@ class DeleteRun {
  public:
   using Clock = std::chrono::steady_clock;
 
+  struct Options {
+    std::string sessionIdentifier;
+    std::string instanceIdentifier;
+    std::string token;
+    host::NetworkOptions network;
+  };
+
   /// `output` and `console` outlive the run.
-  DeleteRun(std::string sessionIdentifier, std::string instanceIdentifier, std::string token,
-            ResultOutput& output, Console& console);
+  DeleteRun(Options options, ResultOutput& output, Console& console);
   DeleteRun(const DeleteRun&) = delete;
   DeleteRun& operator=(const DeleteRun&) = delete;
 
@@ -34,9 +41,7 @@ class DeleteRun {
  private:
   void completed(const std::expected<void, cloud::QuillbayCloudError>& result);
 
-  const std::string sessionIdentifier_;
-  const std::string instanceIdentifier_;
-  const std::string token_;
+  const Options options_;
   ResultOutput& output_;
   Console& console_;
   Clock::time_point start_;

@@ -1,26 +1,21 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <QuillbayCloud/model/Session.h>
 
-#include "FailureReport.h"
-#include "hosts/common/RunJournal.h"
+#include <string>
+
+#include "hosts/common/FailureAdvice.h"
 
 namespace quillbay::cli {
 
-/// What people read when something fails: first what failed, with which file, and why; then, where
-/// there is something to do, what to do. One line each. Texts of servers stand in them as plain
-/// text.
+class Console;
 
-/// A run failed at `step`; `fileName` is the file of that step, as it is to be shown.
-std::vector<std::string> shareFailureLines(const FailureReport& report, host::RunJournal::Step step,
-                                           const std::string& fileName);
+/// Prints what failed and why, then what to do, in one line each.
+void printFailure(Console& console, const cloud::QuillbayCloudError& error,
+                  const host::FailureContext& context);
 
-/// The deletion that the user asked for failed.
-std::vector<std::string> deletionFailureLines(const FailureReport& report,
-                                              const std::string& sessionIdentifier);
-
-/// Why, in one line without a full stop.
-std::string reasonText(const FailureReport& report);
+/// A line for a shell that deletes `session`. Holds the session's token, which is a secret, but
+/// not as an argument, where other users of the computer could see it.
+std::string deletionCommand(const cloud::Session& session, const std::string& instanceIdentifier);
 
 }  // namespace quillbay::cli

@@ -2,11 +2,14 @@
 
 #include <QuillbayCore/DateExpirationOption.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
 
 #include "hosts/common/PlainText.h"
 
@@ -143,16 +146,20 @@ std::unexpected<std::string> notUnderstood(std::string_view text) {
 
 /// `text` starts with a digit, is no instant, and may be a count with a unit.
 std::expected<std::optional<Date>, std::string> parseCount(std::string_view text, Date now) {
-  int count = 0;
+  std::int64_t count = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
   const std::string_view unit = text.substr(static_cast<std::size_t>(end - text.data()));
-  const auto option = optionOf(unit, count);
+  constexpr int kMostCount = std::numeric_limits<int>::max();
+  const auto option = optionOf(unit, static_cast<int>(std::min<std::int64_t>(count, kMostCount)));
   if (!option) return notUnderstood(text);
 
   constexpr std::string_view kTooFar = "lies beyond the year 9999; write never instead";
   const bool isMonths = option->unit() == DateExpirationOption::Unit::months;
   if (error != std::errc() || (isMonths && count > kMostMonths)) return refused(text, kTooFar);
   if (count == 0) return refused(text, "would expire at once; the count must be at least 1");
+  if (unit == "m" && count > kMostCount) {
+    return refused(text, "is too large a number; write hours, days or months instead");
+  }
   const std::optional<Date> date = option->date(now);
   if (platform::secondsSince1970(*date) >= kFirstUnwritableSecond) return refused(text, kTooFar);
   return date;

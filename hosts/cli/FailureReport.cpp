@@ -15,8 +15,8 @@ struct CaseReader {
   FailureReport operator()(const QuillbayCloudError::Webservice& refusal) const {
     return {.kind = Case::webservice, .status = refusal.status};
   }
-  FailureReport operator()(const QuillbayCloudError::Underlying& inner) const {
-    return {.kind = Case::underlying, .cause = inner.error->description()};
+  FailureReport operator()(const QuillbayCloudError::Underlying& /*error*/) const {
+    return {.kind = Case::underlying};
   }
   FailureReport operator()(const QuillbayCloudError::InvalidFile& /*error*/) const {
     return {.kind = Case::invalidFile};

@@ -8,7 +8,7 @@
 
 namespace quillbay::cli {
 
-/// An error of the library, taken apart for output.
+/// An error of the library, taken apart for programs.
 struct FailureReport {
   enum class Case {
     aws,
@@ -27,8 +27,6 @@ struct FailureReport {
   std::optional<std::string> code = {};
   /// Of `webservice`.
   std::optional<std::int64_t> status = {};
-  /// Of `underlying`: what the error says to developers.
-  std::string cause = {};
 
   static FailureReport of(const cloud::QuillbayCloudError& error);
 

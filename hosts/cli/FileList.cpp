@@ -1,23 +1,18 @@
 #include "FileList.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <map>
-#include <numeric>
 #include <set>
 #include <utility>
 
-#include "hosts/common/FileDescriptor.h"
 #include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 namespace {
 
-std::string kindText(mode_t mode) {
+std::string kindText(unsigned mode) {
   if (S_ISDIR(mode)) return "is a folder; pack it into an archive and share that";
   if (S_ISFIFO(mode)) return "is a pipe; only regular files can be shared";
   if (S_ISSOCK(mode)) return "is a socket; only regular files can be shared";
@@ -26,47 +21,36 @@ std::string kindText(mode_t mode) {
 
 }  // namespace
 
-FileList::FileList(std::vector<std::string> paths)
-    : paths_(std::move(paths)), byteCounts_(paths_.size()), identities_(paths_.size()) {
+FileList::FileList(std::vector<std::string> paths) : paths_(std::move(paths)), watch_(paths_) {
   urls_.reserve(paths_.size());
   for (const std::string& path : paths_) urls_.push_back(platform::URL::fileURL(path));
 }
 
 std::string FileList::name(std::size_t index) const { return host::inQuotes(paths_[index]); }
 
-std::vector<std::string> FileList::findProblems() {
-  std::vector<std::string> problems = repetitions();
+std::vector<std::string> FileList::problems() const {
+  std::vector<std::string> texts = repetitions();
   for (std::size_t index = 0; index < count(); ++index) {
-    if (std::string text = problem(index); !text.empty()) problems.push_back(std::move(text));
+    if (std::string text = problem(index); !text.empty()) texts.push_back(std::move(text));
   }
-  std::vector<std::string> news;
-  for (std::string& text : problems) {
-    const bool isKnown = std::ranges::find(reported_, text) != reported_.end();
-    if (!isKnown) news.push_back(std::move(text));
-  }
-  reported_.insert(reported_.end(), news.begin(), news.end());
-  return news;
+  return texts;
 }
 
-std::string FileList::problem(std::size_t index) {
-  const std::string& path = paths_[index];
-  struct stat status{};
-  byteCounts_[index] = 0;
-  identities_[index] = {};
-  if (::stat(path.c_str(), &status) != 0) return name(index) + ": " + std::strerror(errno);
-  if (!S_ISREG(status.st_mode)) return name(index) + " " + kindText(status.st_mode);
-
-  identities_[index] = {true, status.st_dev, status.st_ino};
-  byteCounts_[index] = static_cast<std::uint64_t>(status.st_size);
-  // Without blocking and without a controlling terminal, should it have changed its kind.
-  const host::FileDescriptor file(
-      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file.isOpen()) return name(index) + ": " + std::strerror(errno);
-  const std::size_t slash = path.rfind('/');
-  const std::string baseName = path.substr(slash == std::string::npos ? 0 : slash + 1);
-  if (!host::codePointCount(baseName))
-    return name(index) + ": the name is not UTF-8 text; rename the file";
-  return {};
+std::string FileList::problem(std::size_t index) const {
+  const host::FileState& state = watch_.before(index);
+  switch (state.problem) {
+    case host::FileChange::vanished:
+    case host::FileChange::unreadable:
+      return name(index) + ": " + std::strerror(state.systemErrorNumber);
+    case host::FileChange::notRegular:
+      return name(index) + " " + kindText(state.mode);
+    case host::FileChange::nameNotText:
+      return name(index) + ": the name is not UTF-8 text; rename the file";
+    case host::FileChange::sizeUnknown:
+      return name(index) + " has content, but the system states no size for it; share a copy";
+    default:
+      return {};
+  }
 }
 
 std::vector<std::string> FileList::repetitions() const {
@@ -85,8 +69,9 @@ std::vector<std::string> FileList::aliases() const {
   using Key = std::pair<std::uint64_t, std::uint64_t>;
   std::map<Key, std::map<platform::URL, std::size_t>> files;
   for (std::size_t index = 0; index < count(); ++index) {
-    if (!identities_[index].isKnown) continue;
-    files[{identities_[index].device, identities_[index].number}].try_emplace(urls_[index], index);
+    const host::FileState& state = watch_.before(index);
+    if (!S_ISREG(state.mode)) continue;
+    files[{state.device, state.number}].try_emplace(urls_[index], index);
   }
   std::vector<std::string> texts;
   for (const auto& [file, places] : files) {
@@ -101,8 +86,18 @@ std::vector<std::string> FileList::aliases() const {
   return texts;
 }
 
+std::vector<std::uint64_t> FileList::byteCounts() const {
+  std::vector<std::uint64_t> byteCounts;
+  for (std::size_t index = 0; index < count(); ++index) {
+    byteCounts.push_back(watch_.before(index).byteCount);
+  }
+  return byteCounts;
+}
+
 std::uint64_t FileList::totalByteCount() const {
-  return std::accumulate(byteCounts_.begin(), byteCounts_.end(), std::uint64_t{0});
+  std::uint64_t byteCount = 0;
+  for (std::size_t index = 0; index < count(); ++index) byteCount += watch_.before(index).byteCount;
+  return byteCount;
 }
 
 }  // namespace quillbay::cli

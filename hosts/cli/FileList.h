@@ -7,12 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "hosts/common/FileWatch.h"
+
 namespace quillbay::cli {
 
-/// The files of the command line as a person needs to hear of them. It decides nothing: whether
-/// they can be shared, the library says.
+/// The files of the command line as they were when the command began, as a person needs to hear of
+/// them. It decides nothing: whether they can be shared, the library says.
 class FileList {
  public:
+  /// Looks at the files.
   explicit FileList(std::vector<std::string> paths);
 
   std::size_t count() const { return paths_.size(); }
@@ -20,33 +23,27 @@ class FileList {
   /// The path as it was given, between quotes.
   std::string name(std::size_t index) const;
 
-  /// Looks at the files as they are now. Returns a sentence for each that cannot be shared, and
-  /// why, without those it has returned before.
-  std::vector<std::string> findProblems();
+  /// A sentence for each file that cannot be shared, and why.
+  std::vector<std::string> problems() const;
 
   /// A sentence for each file that stands in the list under several paths: it can be shared, but
-  /// will be uploaded once for each. As of the last `findProblems`.
+  /// will be uploaded once for each.
   std::vector<std::string> aliases() const;
 
-  /// As of the last `findProblems`; 0 for a file that could not be read.
-  const std::vector<std::uint64_t>& byteCounts() const { return byteCounts_; }
+  /// 0 for what is no regular file.
+  std::vector<std::uint64_t> byteCounts() const;
   std::uint64_t totalByteCount() const;
 
- private:
-  struct Identity {
-    bool isKnown = false;
-    std::uint64_t device = 0;
-    std::uint64_t number = 0;
-  };
+  /// What became of the files since then.
+  const host::FileWatch& watch() const { return watch_; }
 
-  std::string problem(std::size_t index);
+ private:
+  std::string problem(std::size_t index) const;
   std::vector<std::string> repetitions() const;
 
   std::vector<std::string> paths_;
   std::vector<platform::URL> urls_;
-  std::vector<std::uint64_t> byteCounts_;
-  std::vector<Identity> identities_;
-  std::vector<std::string> reported_;
+  host::FileWatch watch_;
 };
 
 }  // namespace quillbay::cli

@@ -28,9 +28,14 @@ host::RunJournal& sharedJournal() {
   return journal;
 }
 
-std::unique_ptr<ResultOutput> outputFor(OutputMode mode) {
-  return mode == OutputMode::json ? ResultOutput::json(STDOUT_FILENO)
-                                  : ResultOutput::plain(STDOUT_FILENO);
+std::unique_ptr<ResultOutput> outputFor(const CommonOptions& options) {
+  return options.json ? ResultOutput::json(STDOUT_FILENO) : ResultOutput::plain(STDOUT_FILENO);
+}
+
+/// What is wrong with a password, for people, if anything.
+std::optional<std::string> passwordProblem(const std::string& password) {
+  if (host::characterCount(password).value_or(0) >= kLeastPasswordCharacters) return std::nullopt;
+  return "the password is too short: it needs at least 4 characters";
 }
 
 }  // namespace
@@ -41,12 +46,16 @@ ExitStatus Program::run(const ShareOptions& options) {
   if (!prepare(options.common)) return ExitStatus::usage;
 
   FileList files(options.files);
-  const std::unique_ptr<ResultOutput> output = outputFor(options.common.mode);
+  const std::unique_ptr<ResultOutput> output = outputFor(options.common);
   TerminalProgress progress(console_, files, TerminalProgress::Clock::now());
   ShareRun run(cloud::SessionContext(options.common.instanceIdentifier, files.urls()),
                cloud::SessionConfiguration(options.title, options.expirationDate, options.linkType,
                                            *wantedPassword, options.longLink),
-               options.keep, {files, sharedJournal(), *output, console_, progress});
+               {.keep = options.keep,
+                .json = options.common.json,
+                .tellsDeletion = options.common.verbosity == Verbosity::verbose,
+                .network = options.common.network},
+               {files, sharedJournal(), *output, console_, progress});
   return runUntilOver(run, interruption_);
 }
 
@@ -55,9 +64,10 @@ ExitStatus Program::run(const DeleteOptions& options) {
   if (!sessionToken) return refuse(sessionToken.error());
   if (!prepare(options.common)) return ExitStatus::usage;
 
-  const std::unique_ptr<ResultOutput> output = outputFor(options.common.mode);
-  DeleteRun run(options.sessionIdentifier, options.common.instanceIdentifier,
-                std::move(*sessionToken), *output, console_);
+  const std::unique_ptr<ResultOutput> output = outputFor(options.common);
+  DeleteRun run({options.sessionIdentifier, options.common.instanceIdentifier,
+                 std::move(*sessionToken), options.common.network},
+                *output, console_);
   return runUntilOver(run, interruption_);
 }
 
@@ -65,12 +75,11 @@ std::expected<std::optional<std::string>, SecretSource::Failure> Program::passwo
     const ShareOptions& options) const {
   if (!options.askPassword && !options.passwordFile) return std::nullopt;
   const SecretSource source(interruption_);
-  auto password = options.askPassword ? source.askPassword()
+  auto password = options.askPassword ? source.askPassword(passwordProblem)
                                       : source.readFile(*options.passwordFile, "password");
   if (!password) return std::unexpected(std::move(password.error()));
-  if (host::codePointCount(*password).value_or(0) < kLeastPasswordCharacters) {
-    return std::unexpected(SecretSource::Failure{
-        ExitStatus::usage, "the password is too short: it needs at least 4 characters"});
+  if (const auto problem = passwordProblem(*password)) {
+    return std::unexpected(SecretSource::Failure{ExitStatus::usage, *problem});
   }
   return std::move(*password);
 }
@@ -85,7 +94,8 @@ bool Program::prepare(const CommonOptions& options) const {
     console_.printError(*problem);
     return false;
   }
-  HostLogger::install(sharedJournal(), options.mode == OutputMode::verbose ? &console_ : nullptr);
+  const bool isVerbose = options.verbosity == Verbosity::verbose;
+  HostLogger::install(sharedJournal(), isVerbose ? &console_ : nullptr);
   return true;
 }
 

@@ -1,12 +1,14 @@
 #include "ShareRun.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <utility>
 
 #include "Console.h"
 #include "ErrorMessage.h"
+#include "FailureReport.h"
 #include "FileList.h"
 #include "ResultOutput.h"
 #include "TerminalProgress.h"
@@ -16,17 +18,17 @@
 namespace quillbay::cli {
 namespace {
 
-// After Ctrl-C two seconds are all there is, for an answer to the creation and to the deletion.
+// Ctrl-C ends the program within two seconds, the replies to creation and deletion included.
 constexpr std::chrono::milliseconds kCancelBound{1500};
-// After a failure nobody has asked for haste, but somebody waits.
+// After a failure there is more time, but a person may be waiting.
 constexpr std::chrono::milliseconds kFailureBound{10'000};
 
 }  // namespace
 
 ShareRun::ShareRun(cloud::SessionContext context, cloud::SessionConfiguration configuration,
-                   bool keep, Surroundings surroundings)
+                   Options options, Surroundings surroundings)
     : controller_(cloud::SessionController::create(std::move(context), std::move(configuration))),
-      keep_(keep),
+      options_(std::move(options)),
       files_(surroundings.files),
       journal_(surroundings.journal),
       output_(surroundings.output),
@@ -34,7 +36,7 @@ ShareRun::ShareRun(cloud::SessionContext context, cloud::SessionConfiguration co
       progress_(surroundings.progress) {}
 
 void ShareRun::start() {
-  for (const std::string& problem : files_.findProblems()) console_.printError(problem);
+  for (const std::string& problem : files_.problems()) console_.printError(problem);
   for (const std::string& text : files_.aliases()) console_.printNote("quillbay: " + text);
   controller_->createSession([this](const cloud::Session& session) { sessionCreated(session); },
                              [this](auto result) { completed(result); });
@@ -46,9 +48,7 @@ void ShareRun::tick(Clock::time_point now) {
   if (status_) return;
   const double fraction = controller_->progress()->fractionCompleted();
   progress_.show(journal_, fraction, now);
-  if (!session_) return;
-  output_.progressed(fraction);
-  stopIfOutputFailed();
+  if (session_) output_.progressed(fraction);
 }
 
 void ShareRun::cancel() {
@@ -61,7 +61,7 @@ void ShareRun::cancel() {
   if (isDeleting_) return;
   console_.setStatus("Cancelling...");
   if (session_) return cleanUp(kCancelBound);
-  // Once it is asked for, a session may come into being that nobody would know of.
+  // Creation is in flight: await its reply, so that the session can be deleted.
   if (journal_.step() == host::RunJournal::Step::creatingSession) return;
   console_.clearStatus();
   console_.printNote("quillbay: cancelled; nothing was shared");
@@ -74,12 +74,13 @@ void ShareRun::sessionCreated(const cloud::Session& session) {
   journal_.noteSession();
   // The link may go to the terminal on which the status line stands.
   console_.clearStatus();
-  if (isCancelled_ && !keep_) {
+  if (isCancelled_ && !options_.keep) {
     output_.doomedSessionCreated(session);
   } else {
     output_.sessionCreated(session);
   }
-  if (stopIfOutputFailed()) return;
+  if (output_.writeError() != 0) return stopWithoutLink();
+  isSessionWritten_ = true;
   if (isCancelled_) cleanUp(kCancelBound);
 }
 
@@ -87,45 +88,53 @@ void ShareRun::completed(const std::expected<cloud::Session, cloud::QuillbayClou
   if (isOver_) return;
   // Cancelled in the middle of a creation that then failed: nothing is left behind.
   if (isCancelled_) return end();
-  if (!result) return fail(FailureReport::of(result.error()));
+  if (!result) return fail(result.error());
   console_.clearStatus();
   output_.done();
-  if (output_.writeError() != 0) return loseOutput();
+  // A reader that has left after the link, as `head -1` does, has all that it wanted.
+  if (output_.writeError() != 0 && output_.writeError() != EPIPE) return loseOutput();
   status_ = ExitStatus::success;
   console_.printNote("Shared " + host::fileCountText(files_.count()) + " (" +
                      host::byteCountText(files_.totalByteCount()) + ") in " +
                      host::durationText(progress_.elapsed(Clock::now())) + ".");
+  if (options_.tellsDeletion) printRemaining("everything was uploaded");
   end();
 }
 
-void ShareRun::fail(const FailureReport& report) {
+void ShareRun::fail(const cloud::QuillbayCloudError& error) {
   status_ = ExitStatus::failure;
   console_.clearStatus();
-  for (const std::string& problem : files_.findProblems()) console_.printError(problem);
-  // Files are uploaded from the end of the list.
-  const std::size_t done = std::min(journal_.filesDone(), files_.count() - 1);
-  const std::string fileName = files_.name(files_.count() - 1 - done);
-  for (const std::string& line : shareFailureLines(report, journal_.step(), fileName)) {
-    console_.printError(line);
-  }
-  output_.failed(report);
+  printReason(error);
+  output_.failed(FailureReport::of(error));
   cleanUp(kFailureBound);
 }
 
-bool ShareRun::stopIfOutputFailed() {
-  if (output_.writeError() == 0) return false;
+void ShareRun::printReason(const cloud::QuillbayCloudError& error) const {
+  const bool isAboutFiles = error == cloud::QuillbayCloudError::fingerprintFailure() ||
+                            error == cloud::QuillbayCloudError::invalidFile();
+  // The reasons were printed when the run began.
+  if (isAboutFiles && !files_.problems().empty()) return console_.printError("nothing was shared");
+  const auto suspect = files_.watch().suspect(journal_);
+  printFailure(console_, error,
+               {.step = journal_.step(),
+                .subject = files_.name(suspect.index),
+                .fileChange = suspect.change,
+                .isUploadUnanswered = journal_.isUploadUnanswered(),
+                .network = options_.network});
+}
+
+void ShareRun::stopWithoutLink() {
   if (!status_) status_ = ExitStatus::failure;
   controller_->cancel();
   printOutputError();
   cleanUp(isCancelled_ ? kCancelBound : kFailureBound);
-  return true;
 }
 
 void ShareRun::loseOutput() {
-  // The reader has the link, and everything is behind it: nobody wants it deleted.
+  // The reader has the link, and everything is behind it: the session must stay.
   status_ = ExitStatus::failure;
   printOutputError();
-  console_.printError("everything was uploaded; the session stays");
+  printRemaining("everything was uploaded");
   end();
 }
 
@@ -137,8 +146,8 @@ void ShareRun::printOutputError() {
 void ShareRun::cleanUp(std::chrono::milliseconds bound) {
   if (isDeleting_) return;
   if (!session_) return end();
-  if (keep_) {
-    printOutcome("the session stays, incomplete: " + session_->url().absoluteString());
+  if (options_.keep) {
+    printRemaining("not everything was uploaded");
     return end();
   }
   isDeleting_ = true;
@@ -154,31 +163,42 @@ void ShareRun::deletionCompleted(const std::expected<void, cloud::QuillbayCloudE
   console_.clearStatus();
   if (result) {
     output_.deleted();
-    printOutcome("the session was deleted; its link no longer works");
+    const std::string text = "the session was deleted; its link no longer works";
+    // After a failure it matters to whoever has the link by now. After Ctrl-C it is what was asked.
+    if (status_ == ExitStatus::failure) {
+      console_.printError(text);
+    } else {
+      console_.printNote("quillbay: " + text);
+    }
   } else {
-    console_.printError("the session could not be deleted, its link may still work: " +
-                        reasonText(FailureReport::of(result.error())));
+    printFailure(console_, result.error(),
+                 {.step = host::RunJournal::Step::deletingSession,
+                  .subject = host::inQuotes(session_->identifier()),
+                  .network = options_.network});
+    printRemaining("its link may still work");
   }
   end();
 }
 
-void ShareRun::printOutcome(const std::string& text) {
-  // After a failure it matters to whoever has the link by now. After Ctrl-C it is what was asked.
-  if (status_ == ExitStatus::failure) return console_.printError(text);
-  console_.printNote("quillbay: " + text);
+void ShareRun::printRemaining(const std::string& text) {
+  console_.printError(text + "; session " + host::inQuotes(session_->identifier()) +
+                      " remains: " + session_->url().absoluteString());
+  if (options_.json && isSessionWritten_) {
+    return console_.printError("to delete it, use \"id\" and \"token\" of the session event");
+  }
+  console_.printError("to delete it, keep this command secret and run: " +
+                      deletionCommand(*session_, controller_->context().instanceIdentifier()));
 }
 
 void ShareRun::deadlinePassed() {
   console_.clearStatus();
-  if (isDeleting_ && session_) {
-    console_.printError(
-        "the service has not confirmed that the session is deleted; its link may "
-        "still work: " +
-        session_->url().absoluteString());
+  if (isDeleting_) {
+    console_.printError("the service has not confirmed that the session is deleted");
+    printRemaining("its link may still work");
   } else {
     console_.printError(
-        "the service has not answered; if it has created a session, that stays, "
-        "empty, and its link is known to nobody");
+        "the service has not answered; if it has created a session, that remains "
+        "without files, and its link is unknown");
   }
   end();
 }

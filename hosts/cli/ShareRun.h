@@ -9,7 +9,7 @@
 #include <string>
 
 #include "ExitStatus.h"
-#include "FailureReport.h"
+#include "hosts/common/NetworkOptions.h"
 
 namespace quillbay::host {
 class RunJournal;
@@ -38,9 +38,18 @@ class ShareRun {
     TerminalProgress& progress;
   };
 
-  /// `keep`: the session stays when the run is cancelled or fails.
-  ShareRun(cloud::SessionContext context, cloud::SessionConfiguration configuration, bool keep,
-           Surroundings surroundings);
+  struct Options {
+    /// The session stays when the run is cancelled or fails.
+    bool keep = false;
+    /// Whoever reads the output gets the session's token from there.
+    bool json = false;
+    /// Tells in the end how the session can be deleted.
+    bool tellsDeletion = false;
+    host::NetworkOptions network;
+  };
+
+  ShareRun(cloud::SessionContext context, cloud::SessionConfiguration configuration,
+           Options options, Surroundings surroundings);
   ShareRun(const ShareRun&) = delete;
   ShareRun& operator=(const ShareRun&) = delete;
 
@@ -57,23 +66,24 @@ class ShareRun {
  private:
   void sessionCreated(const cloud::Session& session);
   void completed(const std::expected<cloud::Session, cloud::QuillbayCloudError>& result);
-  void fail(const FailureReport& report);
-  /// Ends the run if standard output has failed; returns whether it has.
-  bool stopIfOutputFailed();
-  /// Standard output failed when the upload was over: the run fails, the session stays.
+  void fail(const cloud::QuillbayCloudError& error);
+  void printReason(const cloud::QuillbayCloudError& error) const;
+  /// The link could not be written: nobody has it, and the run ends.
+  void stopWithoutLink();
+  /// Standard output failed after the link: the run fails, the session stays.
   void loseOutput();
   void printOutputError();
 
   /// Deletes the session, if there is one and it is not to be kept, and then ends the run.
   void cleanUp(std::chrono::milliseconds bound);
   void deletionCompleted(const std::expected<void, cloud::QuillbayCloudError>& result);
-  /// Tells what has become of the session.
-  void printOutcome(const std::string& text);
+  /// Tells that the session remains, and how it can be deleted.
+  void printRemaining(const std::string& text);
   void deadlinePassed();
   void end();
 
   const std::shared_ptr<cloud::SessionController> controller_;
-  const bool keep_;
+  const Options options_;
   FileList& files_;
   host::RunJournal& journal_;
   ResultOutput& output_;
@@ -82,6 +92,7 @@ class ShareRun {
 
   std::optional<cloud::Session> session_;
   std::optional<ExitStatus> status_;
+  bool isSessionWritten_ = false;
   bool isCancelled_ = false;
   bool isDeleting_ = false;
   bool isOver_ = false;

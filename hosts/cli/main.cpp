@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
@@ -25,18 +26,23 @@ std::optional<std::string> environmentVariable(const char* name) {
 
 ExitStatus print(const CommandLineEnd& end) {
   const int descriptor = end.status == ExitStatus::success ? STDOUT_FILENO : STDERR_FILENO;
-  if (writeAll(descriptor, end.text) == 0) return end.status;
-  return end.status == ExitStatus::success ? ExitStatus::failure : end.status;
+  const int error = writeAll(descriptor, end.text);
+  if (error == 0 || end.status != ExitStatus::success) return end.status;
+  Console(STDERR_FILENO, false)
+      .printError(std::string("cannot write to standard output: ") + std::strerror(error));
+  return ExitStatus::failure;
 }
 
 /// Whether a bar belongs on standard error. Events on the same terminal tell as much.
-bool wantsStatus(OutputMode mode) {
-  if (mode == OutputMode::quiet || !Console::canShowStatus(STDERR_FILENO)) return false;
-  return mode != OutputMode::json || ::isatty(STDOUT_FILENO) == 0;
+bool wantsStatus(const CommonOptions& options) {
+  const bool isQuiet = options.verbosity == Verbosity::quiet;
+  if (isQuiet || !Console::canShowStatus(STDERR_FILENO)) return false;
+  return !options.json || ::isatty(STDOUT_FILENO) == 0;
 }
 
-OutputMode modeOf(const Command& command) {
-  return std::visit([](const auto& options) { return options.common.mode; }, command);
+const CommonOptions& commonOptionsOf(const Command& command) {
+  return std::visit([](const auto& options) -> const CommonOptions& { return options.common; },
+                    command);
 }
 
 ExitStatus runProgram(const std::vector<std::string>& arguments) {
@@ -45,7 +51,7 @@ ExitStatus runProgram(const std::vector<std::string>& arguments) {
   if (!command) return print(command.error());
 
   // The library's threads may still log while the process ends: the console outlives them.
-  static Console console(STDERR_FILENO, wantsStatus(modeOf(*command)));
+  static Console console(STDERR_FILENO, wantsStatus(commonOptionsOf(*command)));
   ExitStatus status = ExitStatus::failure;
   try {
     Interruption interruption([] { console.abandonStatus(); });

@@ -10,6 +10,21 @@ namespace {
 
 constexpr std::size_t kHelpColumn = 26;
 
+/// What to write if the unknown option `name` looks like the name of a file.
+std::string hint(const std::string& name) {
+  if (name.starts_with("--") && !name.contains('.')) return {};
+  return "; for a file of this name write " + inQuotes("./" + name);
+}
+
+/// Whether `name` is one of `names`, which ", " separates.
+bool isOneOf(std::string_view names, std::string_view name) {
+  for (std::size_t end = names.find(", "); end != std::string_view::npos; end = names.find(", ")) {
+    if (names.substr(0, end) == name) return true;
+    names.remove_prefix(end + 2);
+  }
+  return names == name;
+}
+
 }  // namespace
 
 void OptionTable::addFlag(std::string name, std::string help, bool& value, std::string group) {
@@ -62,7 +77,7 @@ std::expected<std::vector<std::string>, std::string> OptionTable::read(
     const bool hasValue = equals != std::string::npos;
     const std::string name = argument->substr(0, equals);
     const Rule* rule = find(name);
-    if (rule == nullptr) return std::unexpected("unknown option " + inQuotes(name));
+    if (rule == nullptr) return std::unexpected("unknown option " + inQuotes(name) + hint(name));
     if (auto problem = conflict(*rule, given)) return std::unexpected(*problem);
     given.push_back(rule);
 
@@ -111,7 +126,8 @@ std::string OptionTable::help() const {
 }
 
 const OptionTable::Rule* OptionTable::find(std::string_view name) const {
-  const auto rule = std::ranges::find(rules_, name, &Rule::name);
+  const auto rule = std::ranges::find_if(
+      rules_, [&](const Rule& candidate) { return isOneOf(candidate.name, name); });
   return rule == rules_.end() ? nullptr : &*rule;
 }
 

@@ -25,7 +25,8 @@ class OptionTable {
   void addList(std::string name, std::string placeholder, std::string help,
                std::vector<std::string>& values);
 
-  /// A flag that makes all that follows it irrelevant, such as a request for help.
+  /// A flag that makes all that follows it irrelevant, such as a request for help. `name` may hold
+  /// several: "-h, --help".
   void addEnding(std::string name, std::string help, bool& value);
 
   /// Fills the variables in and returns the operands, or what is wrong, for people. After an ending

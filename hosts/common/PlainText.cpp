@@ -1,5 +1,7 @@
 #include "PlainText.h"
 
+#include <utf8proc.h>
+
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -74,6 +76,22 @@ std::optional<std::size_t> codePointCount(std::string_view text) {
   return count;
 }
 
+std::optional<std::size_t> characterCount(std::string_view text) {
+  std::size_t count = 0;
+  char32_t previous = 0;
+  utf8proc_int32_t state = 0;
+  while (!text.empty()) {
+    const CodePoint next = firstCodePoint(text);
+    if (!next.valid) return std::nullopt;
+    text.remove_prefix(next.byteCount);
+    const bool isBreak = utf8proc_grapheme_break_stateful(
+        static_cast<utf8proc_int32_t>(previous), static_cast<utf8proc_int32_t>(next.value), &state);
+    if (count == 0 || isBreak) ++count;
+    previous = next.value;
+  }
+  return count;
+}
+
 std::string plainLine(std::string_view text) {
   std::string line;
   std::size_t characterCount = 0;
@@ -112,14 +130,13 @@ std::string byteCountText(std::uint64_t byteCount) {
   constexpr std::array<const char*, 6> kUnits = {"kB", "MB", "GB", "TB", "PB", "EB"};
   double amount = static_cast<double>(byteCount) / 1000;
   std::size_t unit = 0;
-  // Compared as it will be printed: 999,950 bytes are 1.0 MB, not 1000 kB.
-  while (std::round(amount) >= 1000 && unit + 1 < kUnits.size()) {
+  // Compared as it will be printed: 999,950 bytes are 1.0 MB, not 1000.0 kB.
+  while (std::round(amount * 10) >= 10'000 && unit + 1 < kUnits.size()) {
     amount /= 1000;
     ++unit;
   }
   std::array<char, 32> buffer{};
-  const int decimals = std::round(amount * 10) < 100 ? 1 : 0;
-  std::snprintf(buffer.data(), buffer.size(), "%.*f %s", decimals, amount, kUnits[unit]);
+  std::snprintf(buffer.data(), buffer.size(), "%.1f %s", amount, kUnits[unit]);
   return buffer.data();
 }
 

@@ -14,6 +14,10 @@ namespace quillbay::host {
 /// The number of code points; nothing if `text` is not UTF-8.
 std::optional<std::size_t> codePointCount(std::string_view text);
 
+/// The number of characters as people count them (grapheme clusters, UAX #29); nothing if `text` is
+/// not UTF-8.
+std::optional<std::size_t> characterCount(std::string_view text);
+
 /// `text` as one line that cannot drive a terminal: control characters and marks that reorder the
 /// line are left out, line breaks become spaces, what is no UTF-8 becomes U+FFFD, and a text of
 /// more than 500 characters is cut. For whatever came from a server.
@@ -23,7 +27,8 @@ std::string plainLine(std::string_view text);
 /// the reader can tell which file is meant.
 std::string inQuotes(std::string_view name);
 
-/// "0 bytes", "999 bytes", "1.2 kB", "64 MB": decimal units, two significant figures below ten.
+/// "0 bytes", "999 bytes", "1.2 kB", "64.0 MB": decimal units and one decimal, as the window and
+/// the pages behind the links write them.
 std::string byteCountText(std::uint64_t byteCount);
 
 /// "0:07", "12:34", "1:02:03".

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -13,62 +14,16 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "Waiting.h"
-
 namespace quillbay::test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Stream = ChildProcess::Stream;
 
+constexpr std::chrono::seconds kGenerousBound{10};
+
 void require(bool holds, const char* what) {
   if (!holds) throw std::runtime_error(what);
-}
-
-struct Pipe {
-  Pipe() {
-    std::array<int, 2> ends{};
-    require(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe2");
-    source = FileDescriptor(ends[0]);
-    sink = FileDescriptor(ends[1]);
-  }
-  FileDescriptor source;
-  FileDescriptor sink;
-};
-
-struct Terminal {
-  Terminal() {
-    winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
-    std::array<int, 2> ends{};
-    require(::openpty(&ends[0], &ends[1], path.data(), nullptr, &size) == 0, "openpty");
-    for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
-    controller = FileDescriptor(ends[0]);
-    device = FileDescriptor(ends[1]);
-  }
-  FileDescriptor controller;
-  FileDescriptor device;
-  std::array<char, 64> path{};
-};
-
-/// In the child: a session of its own, so that a terminal can become its controlling one, and no
-/// signal settings of ours.
-void isolate(const std::vector<int>& ignoredSignals) {
-  ::setsid();
-  sigset_t none;
-  ::sigemptyset(&none);
-  ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
-  for (const int number : ignoredSignals) ::signal(number, SIG_IGN);
-}
-
-/// In the child: what stands behind the number of a standard stream.
-void connect(int number, Stream stream, const Pipe& pipe, const char* file, const char* terminal) {
-  if (stream == Stream::closed) return void(::close(number));
-  int opened = pipe.sink.get();
-  if (stream == Stream::file) opened = ::open(file, O_WRONLY | O_APPEND | O_CLOEXEC);
-  // The first terminal that the leader of a session opens becomes its controlling one.
-  if (stream == Stream::terminal) opened = ::open(terminal, O_RDWR | O_CLOEXEC);
-  ::dup2(opened, number);
 }
 
 std::vector<std::string> environmentOf(const ChildProcess::Setup& setup) {
@@ -95,35 +50,59 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 }  // namespace
 
 ChildProcess::ChildProcess(const Setup& setup) {
-  const std::string outputFile = folder_.write("output", "");
-  const std::string errorFile = folder_.write("error", "");
-  Pipe output;
-  if (setup.output == Stream::brokenPipe) output.source.reset();
-  Pipe input;
-  const auto length = static_cast<ssize_t>(setup.input.size());
-  require(::write(input.sink.get(), setup.input.data(), setup.input.size()) == length, "write");
-  Terminal terminal;
-  const char* const terminalPath = terminal.path.data();
+  winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+  std::array<int, 2> terminal{};
+  std::array<int, 2> pipe{};
+  std::array<char, 64> terminalPath{};
+  require(::openpty(&terminal[0], &terminal[1], terminalPath.data(), nullptr, &size) == 0, "pty");
+  require(::pipe2(pipe.data(), O_CLOEXEC) == 0, "pipe");
+  for (const int end : terminal) ::fcntl(end, F_SETFD, FD_CLOEXEC);
+  terminalSource_ = FileDescriptor(terminal[0]);
+  terminalDevice_ = FileDescriptor(terminal[1]);
+  outputSource_ = FileDescriptor(pipe[0]);
+  const FileDescriptor outputSink(pipe[1]);
+
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  const auto open = [&](int number, const std::string& path, int flags) {
+    ::posix_spawn_file_actions_addopen(&actions, number, path.c_str(), flags, 0);
+  };
+  const auto connect = [&](int number, Stream stream, const char* file) {
+    // The first terminal that the leader of a session opens becomes its controlling one.
+    if (stream == Stream::terminal) return open(number, terminalPath.data(), O_RDWR);
+    if (stream == Stream::file) return open(number, folder_.write(file, ""), O_WRONLY | O_APPEND);
+    if (stream == Stream::closed) ::posix_spawn_file_actions_addclose(&actions, number);
+    if (stream == Stream::pipe) ::posix_spawn_file_actions_adddup2(&actions, pipe[1], number);
+  };
+  open(STDIN_FILENO, setup.input ? folder_.write("input", *setup.input) : terminalPath.data(),
+       O_RDWR);
+  connect(STDOUT_FILENO, setup.output, "output");
+  connect(STDERR_FILENO, setup.error, "error");
+
+  // A session and signal settings of its own.
+  posix_spawnattr_t attributes;
+  sigset_t signals;
+  ::posix_spawnattr_init(&attributes);
+  ::posix_spawnattr_setflags(&attributes,
+                             POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  ::sigemptyset(&signals);
+  ::posix_spawnattr_setsigmask(&attributes, &signals);
+  ::sigfillset(&signals);
+  for (const int number : setup.ignoredSignals) {
+    ::signal(number, SIG_IGN);
+    ::sigdelset(&signals, number);
+  }
+  ::posix_spawnattr_setsigdefault(&attributes, &signals);
+
   std::vector<std::string> words{setup.program};
   words.insert(words.end(), setup.arguments.begin(), setup.arguments.end());
   std::vector<std::string> variables = environmentOf(setup);
-  const std::vector<char*> wordPointers = pointers(words);
-  const std::vector<char*> variablePointers = pointers(variables);
-
-  process_ = ::fork();
-  require(process_ >= 0, "fork");
-  if (process_ == 0) {
-    isolate(setup.ignoredSignals);
-    ::dup2(input.source.get(), STDIN_FILENO);
-    connect(STDOUT_FILENO, setup.output, output, outputFile.c_str(), terminalPath);
-    connect(STDERR_FILENO, setup.error, output, errorFile.c_str(), terminalPath);
-    ::execve(wordPointers[0], wordPointers.data(), variablePointers.data());
-    ::_exit(127);
-  }
-
-  outputSource_ = std::move(output.source);
-  terminalSource_ = std::move(terminal.controller);
-  terminalDevice_ = std::move(terminal.device);
+  require(::posix_spawn(&process_, words[0].c_str(), &actions, &attributes, pointers(words).data(),
+                        pointers(variables).data()) == 0,
+          "posix_spawn");
+  for (const int number : setup.ignoredSignals) ::signal(number, SIG_DFL);
+  ::posix_spawnattr_destroy(&attributes);
+  ::posix_spawn_file_actions_destroy(&actions);
 }
 
 ChildProcess::~ChildProcess() {
@@ -133,12 +112,16 @@ ChildProcess::~ChildProcess() {
 }
 
 bool ChildProcess::waitUntil(const std::function<bool()>& condition) {
-  const auto end = Clock::now() + generousBound();
+  const auto end = Clock::now() + kGenerousBound;
   while (!condition()) {
     if (Clock::now() >= end) return false;
     readTerminal();
   }
   return true;
+}
+
+bool ChildProcess::waitToShow(const std::string& text) {
+  return waitUntil([&] { return terminal_.contains(text); });
 }
 
 std::optional<int> ChildProcess::waitForExit() {
@@ -149,19 +132,20 @@ std::optional<int> ChildProcess::waitForExit() {
     }
     return status_.has_value();
   }));
-  while (readTerminal()) {
+  for (std::size_t length = terminal_.size() + 1; length != terminal_.size();) {
+    length = terminal_.size();
+    readTerminal();
   }
   return status_;
 }
 
-bool ChildProcess::readTerminal() {
+void ChildProcess::readTerminal() {
   constexpr int kMomentMilliseconds = 5;
   pollfd source{terminalSource_.get(), POLLIN, 0};
-  if (::poll(&source, 1, kMomentMilliseconds) <= 0) return false;
+  if (::poll(&source, 1, kMomentMilliseconds) <= 0) return;
   std::array<char, 4096> buffer{};
   const ssize_t count = ::read(source.fd, buffer.data(), buffer.size());
   if (count > 0) terminal_.append(buffer.data(), static_cast<std::size_t>(count));
-  return count > 0;
 }
 
 void ChildProcess::signal(int number) const { ::kill(process_, number); }
@@ -175,6 +159,13 @@ bool ChildProcess::terminalEchoes() const {
   termios settings{};
   require(::tcgetattr(terminalSource_.get(), &settings) == 0, "tcgetattr");
   return (settings.c_lflag & ECHO) != 0;
+}
+
+void ChildProcess::turnEchoOn() const {
+  termios settings{};
+  ::tcgetattr(terminalSource_.get(), &settings);
+  settings.c_lflag |= static_cast<tcflag_t>(ECHO);
+  ::tcsetattr(terminalSource_.get(), TCSANOW, &settings);
 }
 
 }  // namespace quillbay::test

@@ -17,10 +17,9 @@ namespace quillbay::test {
 class ChildProcess {
  public:
   enum class Stream {
-    file,        ///< for `output()` and `error()`
-    terminal,    ///< a pseudo-terminal of 80 columns, the process's controlling one
-    pipe,        ///< not read, until `closeOutput()`
-    brokenPipe,  ///< a pipe that nobody reads
+    file,      ///< for `output()` and `error()`
+    terminal,  ///< a pseudo-terminal of 80 columns, the process's controlling one
+    pipe,      ///< not read, until `closeOutput()`
     closed,
   };
 
@@ -31,8 +30,8 @@ class ChildProcess {
     std::vector<std::string> environment = {};
     Stream output = Stream::file;
     Stream error = Stream::file;
-    /// Given on standard input, which then ends.
-    std::string input = {};
+    /// Given on standard input, which then ends; absent: the terminal.
+    std::optional<std::string> input = "";
     /// Signals that the process is to ignore.
     std::vector<int> ignoredSignals = {};
   };
@@ -46,10 +45,11 @@ class ChildProcess {
   std::string output() const { return readFile(folder_ / "output"); }
   std::string error() const { return readFile(folder_ / "error"); }
   const std::string& terminal() const { return terminal_; }
-  bool shows(const std::string& text) const { return terminal_.contains(text); }
 
   /// Waits until `condition` holds; false if it does not within a generous bound.
   [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
+  /// Waits until the terminal has shown `text`.
+  [[nodiscard]] bool waitToShow(const std::string& text);
   /// Waits for the end of the process; its exit status, or 1000 and the signal that ended it, or
   /// nothing if it does not end.
   std::optional<int> waitForExit();
@@ -58,10 +58,10 @@ class ChildProcess {
   void signal(int number) const;
   void type(const std::string& text) const;
   bool terminalEchoes() const;
+  void turnEchoOn() const;
 
  private:
-  /// Reads what stands in the terminal; waits a moment if there is nothing. False if there was not.
-  bool readTerminal();
+  void readTerminal();
 
   const TemporaryFolder folder_;
   pid_t process_ = -1;

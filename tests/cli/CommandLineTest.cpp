@@ -68,6 +68,7 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
     Variables variables = {};
   } rows[] = {
       {"nothing", {}, "which command"},
+      {"helpForWhat", {"help", "send"}, "'send'"},
       {"command", {"send"}, "'send'"},
       {"noFile", {"share"}, "which files"},
       {"option", {"share", "--titel", "x", "f"}, "'--titel'"},
@@ -76,7 +77,8 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
       {"missingValue", {"share", "f", "--title"}, "--title needs a value: TEXT"},
       {"valueOfFlag", {"share", "--keep=no", "f"}, "--keep takes no value"},
       {"twice", {"share", "--title", "a", "--title", "b", "f"}, "--title is given twice"},
-      {"twoOutputs", {"share", "--json", "--quiet", "f"}, "exclude each other"},
+      {"fileWithDash", {"share", "-dash.txt"}, "'./-dash.txt'"},
+      {"twoVerbosities", {"share", "--verbose", "--quiet", "f"}, "exclude each other"},
       {"twoPasswords", {"share", "--ask-password", "--password-file", "p", "f"}, "exclude"},
       {"link", {"share", "--link", "Page", "f"}, "'Page'"},
       {"expires", {"share", "--expires", "0m", "f"}, "--expires: '0m'"},
@@ -101,8 +103,13 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
 }
 
 TEST(CommandLine, helpTellsTheExitStatusesAndWinsOverErrorsBehindIt) {
-  for (const Arguments& arguments :
-       std::vector<Arguments>{{"--help"}, {"share", "--help", "--bogus"}, {"delete", "--help"}}) {
+  for (const Arguments& arguments : std::vector<Arguments>{{"--help"},
+                                                           {"-h"},
+                                                           {"help"},
+                                                           {"help", "delete"},
+                                                           {"share", "-h"},
+                                                           {"share", "--help", "--bogus"},
+                                                           {"delete", "--help"}}) {
     const auto command = parse(arguments);
     ASSERT_FALSE(command);
     EXPECT_EQ(command.error().status, ExitStatus::success);

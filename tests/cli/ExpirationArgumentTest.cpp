@@ -35,6 +35,7 @@ TEST(ExpirationArgument, isAnInstantToComeOrARefusalThatSaysWhy) {
       {"zero", "0d", "at least 1"},
       {"negative", "-5m", "in the past"},
       {"no int", "99999999999999999999m", "beyond the year 9999"},
+      {"minutes beyond int", "2147483648m", "is too large a number"},
       {"hours too far", "2147483647h", "beyond the year 9999"},
       {"months too far", "95712mo", "beyond the year 9999"},
       {"months past the calendar", "2147483647mo", "beyond the year 9999"},

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,38 +16,62 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(FileList, namesEachFileThatCannotBeSharedAndWhyOnce) {
+TEST(FileList, namesEachFileThatCannotBeSharedAndWhy) {
   const test::TemporaryFolder folder;
-  const std::string vanishing = folder.write("good", "12345");
+  const std::string good = folder.write("good", "12345");
   const std::string missing = folder / "missing";
   const std::string pipe = folder / "pipe";
   const std::string badName = folder.write("bad\xff", "");
+  const std::string link = folder / "link";
+  std::filesystem::create_symlink(good, link);
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
 
-  FileList files({vanishing, missing, folder.path(), pipe, badName, "/dev/null"});
-  const Texts problems = files.findProblems();
-  ASSERT_EQ(problems.size(), 5U);
-  EXPECT_EQ(problems[0], "'" + missing + "': No such file or directory");
-  EXPECT_TRUE(problems[1].contains("is a folder"));
-  EXPECT_TRUE(problems[2].contains("is a pipe"));
-  EXPECT_TRUE(problems[3].contains("bad\\xff': the name is not UTF-8"));
-  EXPECT_TRUE(problems[4].contains("is a device"));
-  EXPECT_EQ(files.totalByteCount(), 5U);
-
-  std::filesystem::remove(vanishing);
-  EXPECT_EQ(files.findProblems(), (Texts{"'" + vanishing + "': No such file or directory"}));
+  const FileList files(
+      {good, missing, folder.path(), pipe, badName, "/dev/null", "/proc/version", link, good});
+  const Texts problems = files.problems();
+  ASSERT_EQ(problems.size(), 7U);
+  EXPECT_EQ(problems[0], "'" + good + "' stands 2 times in the list; name each file once");
+  EXPECT_EQ(problems[1], "'" + missing + "': No such file or directory");
+  EXPECT_TRUE(problems[2].contains("is a folder"));
+  EXPECT_TRUE(problems[3].contains("is a pipe"));
+  EXPECT_TRUE(problems[4].contains("bad\\xff': the name is not UTF-8"));
+  EXPECT_TRUE(problems[5].contains("is a device"));
+  EXPECT_TRUE(problems[6].contains("no size"));
+  EXPECT_EQ(files.totalByteCount(), 15U);
+  EXPECT_EQ(files.aliases(),
+            (Texts{"'" + good + "' and '" + link + "' are the same file; it is uploaded 2 times"}));
 }
 
-TEST(FileList, aPathThatStandsTwiceIsAProblemAndAFileUnderTwoPathsIsNot) {
+TEST(FileWatch, tellsWhatBecameOfTheFileThatIsBeingUploaded) {
+  using host::FileChange;
   const test::TemporaryFolder folder;
-  const std::string file = folder.write("file", "1");
-  const std::string link = folder / "link";
-  std::filesystem::create_symlink(file, link);
-  FileList files({file, link, file});
-  EXPECT_EQ(files.findProblems(),
-            (Texts{"'" + file + "' stands 2 times in the list; name each file once"}));
-  EXPECT_EQ(files.aliases(),
-            (Texts{"'" + file + "' and '" + link + "' are the same file; it is uploaded 2 times"}));
+  const std::string file = folder.write("file", "12345");
+  const auto old = std::filesystem::last_write_time(file) - std::chrono::hours(1);
+  const struct {
+    FileChange change;
+    std::function<void()> act;
+  } rows[] = {
+      {FileChange::none, [] {}},
+      {FileChange::grew, [&] { folder.write("file", "123456"); }},
+      {FileChange::shrank, [&] { folder.write("file", ""); }},
+      {FileChange::overwritten, [&] { folder.write("file", "54321"); }},
+      {FileChange::vanished, [&] { std::filesystem::remove(file); }},
+      {FileChange::notRegular, [&] { std::filesystem::create_directory(file); }},
+  };
+  for (const auto& row : rows) {
+    std::filesystem::remove(file);
+    folder.write("file", "12345");
+    std::filesystem::last_write_time(file, old);
+    // Uploads begin at the end of the list: the first is done, the second is "file".
+    const host::FileWatch watch({folder / "never", file, folder / "done"});
+    host::RunJournal journal;
+    journal.noteSession();
+    journal.note("finalizeUpload(etag:)", "Finished upload finalization");
+    std::filesystem::remove(row.change == FileChange::notRegular ? file : "");
+    row.act();
+    EXPECT_EQ(watch.suspect(journal).index, 1U);
+    EXPECT_EQ(watch.suspect(journal).change, row.change);
+  }
 }
 
 }  // namespace

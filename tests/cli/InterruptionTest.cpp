@@ -1,12 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <csignal>
-#include <string>
-
 #include "ProgramTest.h"
 
 namespace quillbay::test {
 namespace {
+
+using testing::HasSubstr;
 
 // Nothing here is timed: what the program must not wait for never comes.
 using Interrupted = ProgramTest;
@@ -16,21 +13,25 @@ TEST_F(Interrupted, aStalledUploadIsGivenUpAndItsSessionDeleted) {
   std::size_t sessionCount = 0;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     SCOPED_TRACE(signal);
-    ChildProcess program(reaching({.arguments = {"share", "--json", file_}}));
+    const auto program = start({.arguments = {"share", "--json", file_}});
     ++sessionCount;
-    ASSERT_TRUE(program.waitUntil([&] { return count(Call::store) == sessionCount; }));
-    program.signal(signal);
-    EXPECT_EQ(program.waitForExit(), 130);
+    ASSERT_TRUE(program->waitUntil([&] { return count(Call::store) == sessionCount; }));
+    program->signal(signal);
+    EXPECT_EQ(program->waitForExit(), 130);
     EXPECT_EQ(count(Call::deleteSession), sessionCount);
-    EXPECT_EQ(events(program.output()).back(), nlohmann::json({{"event", "deleted"}}));
-    EXPECT_EQ(program.error(), "");
+    EXPECT_EQ(events(*program).back(), nlohmann::json({{"event", "deleted"}}));
+    EXPECT_EQ(program->error(), "");
   }
 }
 
-TEST_F(Interrupted, keepLeavesTheSession) {
-  const auto program = startStalled(Call::store, {.arguments = {"share", "--keep", file_}});
+TEST_F(Interrupted, keepLeavesTheSessionAndTellsHowToDeleteIt) {
+  const auto program =
+      startStalled(Call::store, {.arguments = {"share", "--keep", "--instance", "it's", file_}});
   interrupt(*program);
   EXPECT_EQ(count(Call::deleteSession), 0U);
+  EXPECT_THAT(program->error(),
+              HasSubstr(R"(run: printf '%s\n' 'token-of-session-1' | quillbay delete )"
+                        R"(--instance 'it'\''s' --token-file - -- 'session-1')"));
 }
 
 TEST_F(Interrupted, aSecondSignalEndsAtOnce) {
@@ -43,11 +44,11 @@ TEST_F(Interrupted, aSecondSignalEndsAtOnce) {
   EXPECT_EQ(program->error(), "");
 }
 
-TEST_F(Interrupted, aSessionThatComesIntoBeingAfterwardsIsDeleted) {
+TEST_F(Interrupted, aSessionThatIsCreatedAfterwardsIsDeleted) {
   const auto program =
       startStalled(Call::createSession, {.arguments = {"share", file_}, .error = Stream::terminal});
   program->signal(SIGINT);
-  ASSERT_TRUE(program->waitUntil([&] { return program->shows("Cancelling..."); }));
+  ASSERT_TRUE(program->waitToShow("Cancelling..."));
   gate_->open();
   EXPECT_EQ(program->waitForExit(), 130);
   EXPECT_EQ(count(Call::deleteSession), 1U);
@@ -55,27 +56,24 @@ TEST_F(Interrupted, aSessionThatComesIntoBeingAfterwardsIsDeleted) {
   EXPECT_EQ(program->output(), "");
 }
 
-TEST_F(Interrupted, aCreationWithoutAnswerDoesNotHoldTheEndUp) {
-  const auto program = startStalled(Call::createSession, {.arguments = {"share", file_}});
-  interrupt(*program);
-  EXPECT_TRUE(program->error().contains("has not answered")) << program->error();
+TEST_F(Interrupted, aRequestWithoutReplyDoesNotHoldTheEndUpAndIsSaidToBeOpen) {
+  const auto creation = startStalled(Call::createSession, {.arguments = {"share", file_}});
+  interrupt(*creation);
+  EXPECT_THAT(creation->error(), HasSubstr("has not answered"));
+  const auto deletion = startStalled(
+      Call::deleteSession, {.arguments = {"delete", "session-1", "--token", FakeService::token}});
+  interrupt(*deletion);
+  EXPECT_THAT(deletion->error(), HasSubstr("may be deleted, or not"));
 }
 
 TEST_F(Interrupted, hashingIsGivenUp) {
   const std::string large = folder_.writeSparse("large", std::uint64_t{1} << 42);
-  ChildProcess program(reaching({.arguments = {"share", large}, .error = Stream::terminal}));
-  ASSERT_TRUE(program.waitUntil([&] { return program.shows("Fingerprinting 1 file (4.4 TB)"); }));
-  program.type("\x03");
-  EXPECT_EQ(program.waitForExit(), 130);
-  EXPECT_TRUE(program.shows("cancelled; nothing was shared")) << program.terminal();
+  const auto program = start({.arguments = {"share", large}, .error = Stream::terminal});
+  ASSERT_TRUE(program->waitToShow("Fingerprinting 1 file (4.4 TB)"));
+  program->type("\x03");
+  EXPECT_EQ(program->waitForExit(), 130);
+  EXPECT_THAT(program->terminal(), HasSubstr("cancelled; nothing was shared"));
   EXPECT_TRUE(service_.calls().empty());
-}
-
-TEST_F(Interrupted, aDeletionWithoutAnswerIsSaidToBeOpen) {
-  const auto program = startStalled(
-      Call::deleteSession, {.arguments = {"delete", "session-1", "--token", FakeService::token}});
-  interrupt(*program);
-  EXPECT_TRUE(program->error().contains("may be deleted, or not"));
 }
 
 TEST_F(Interrupted, aSignalThatTheCallerIgnoresStaysIgnored) {
