@@ -18,7 +18,7 @@ class ChildProcess {
  public:
   enum class Stream {
     file,      ///< for `output()` and `error()`
-    terminal,  ///< a pseudo-terminal of 80 columns, the process's controlling one
+    terminal,  ///< the process's controlling terminal, of 80 columns
     pipe,      ///< not read, until `closeOutput()`
     closed,
   };
@@ -44,7 +44,7 @@ class ChildProcess {
   /// Everything written so far.
   std::string output() const { return readFile(folder_ / "output"); }
   std::string error() const { return readFile(folder_ / "error"); }
-  const std::string& terminal() const { return terminal_; }
+  const std::string& terminal() const { return shown_; }
 
   /// Waits until `condition` holds; false if it does not within a generous bound.
   [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
@@ -61,16 +61,15 @@ class ChildProcess {
   void turnEchoOn() const;
 
  private:
-  void readTerminal();
+  /// Reads what stands in the terminal; waits a moment if there is nothing. False if there was not.
+  bool readTerminal();
 
   const TemporaryFolder folder_;
   pid_t process_ = -1;
   std::optional<int> status_;
   FileDescriptor outputSource_;
-  FileDescriptor terminalSource_;
-  /// Held open, or the other end would seem to have hung up.
-  FileDescriptor terminalDevice_;
-  std::string terminal_;
+  FileDescriptor terminal_;
+  std::string shown_;
 };
 
 }  // namespace quillbay::test

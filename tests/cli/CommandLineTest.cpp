@@ -40,7 +40,8 @@ TEST(CommandLine, fileNamesAreTakenAsTheyAre) {
 
 TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) {
   const Variables variables{{"QUILLBAY_CONNECT_TO", " a:1:b:2, :3:c:4\n"},
-                            {"QUILLBAY_CACERT", "ca.pem"}};
+                            {"QUILLBAY_CACERT", "ca.pem"},
+                            {"ALL_PROXY", "http://proxy"}};
   const ShareOptions silent = share({"share", "file"}, variables);
   EXPECT_EQ(silent.title, std::nullopt);
   EXPECT_EQ(silent.expirationDate, std::nullopt);
@@ -48,6 +49,7 @@ TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) 
   EXPECT_EQ(silent.common.instanceIdentifier, "quillbay-cli");
   EXPECT_EQ(silent.common.network.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
   EXPECT_EQ(silent.common.network.caBundlePath, "ca.pem");
+  EXPECT_TRUE(silent.common.network.usesProxy);
 
   const ShareOptions outspoken =
       share({"share", "--title=", "--expires", "30m", "--connect-to", "x:1:y:2",

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -45,8 +44,11 @@ TEST(FileList, namesEachFileThatCannotBeSharedAndWhy) {
 TEST(FileWatch, tellsWhatBecameOfTheFileThatIsBeingUploaded) {
   using host::FileChange;
   const test::TemporaryFolder folder;
-  const std::string file = folder.write("file", "12345");
-  const auto old = std::filesystem::last_write_time(file) - std::chrono::hours(1);
+  const std::string file = folder / "file";
+  host::RunJournal journal;
+  journal.noteSession();
+  // Uploads begin at the end of the list.
+  journal.note("finalizeUpload(etag:)", "Finished upload finalization");
   const struct {
     FileChange change;
     std::function<void()> act;
@@ -56,20 +58,13 @@ TEST(FileWatch, tellsWhatBecameOfTheFileThatIsBeingUploaded) {
       {FileChange::shrank, [&] { folder.write("file", ""); }},
       {FileChange::overwritten, [&] { folder.write("file", "54321"); }},
       {FileChange::vanished, [&] { std::filesystem::remove(file); }},
-      {FileChange::notRegular, [&] { std::filesystem::create_directory(file); }},
   };
   for (const auto& row : rows) {
-    std::filesystem::remove(file);
     folder.write("file", "12345");
-    std::filesystem::last_write_time(file, old);
-    // Uploads begin at the end of the list: the first is done, the second is "file".
-    const host::FileWatch watch({folder / "never", file, folder / "done"});
-    host::RunJournal journal;
-    journal.noteSession();
-    journal.note("finalizeUpload(etag:)", "Finished upload finalization");
-    std::filesystem::remove(row.change == FileChange::notRegular ? file : "");
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type());
+    const host::FileWatch watch({folder / "a", folder / "b", file, folder / "done"});
     row.act();
-    EXPECT_EQ(watch.suspect(journal).index, 1U);
+    EXPECT_EQ(watch.suspect(journal).index, 2U);
     EXPECT_EQ(watch.suspect(journal).change, row.change);
   }
 }
