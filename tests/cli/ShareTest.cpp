@@ -109,25 +109,35 @@ TEST_F(Share, filesThatCannotBeReadAreNamedOnceAndNothingIsSent) {
 
 TEST_F(Share, aLinkThatNobodyCanReadIsAFailureAndLeavesNoSession) {
   std::size_t sessionCount = 0;
-  for (const Stream stream : {Stream::pipe, Stream::closed}) {
+  for (const auto& [stream, reason] :
+       {std::pair(Stream::pipe, "Broken pipe"), std::pair(Stream::closed, "Bad file descriptor")}) {
     const auto program =
         startStalled(Call::createSession, {.arguments = {"share", file_}, .output = stream});
     program->closeOutput();
     gate_->open();
     EXPECT_EQ(program->waitForExit(), 1);
-    EXPECT_THAT(program->error(), HasSubstr("cannot write to standard output"));
+    EXPECT_THAT(program->error(), HasSubstr(std::string("standard output: ") + reason));
     EXPECT_EQ(count(Call::deleteSession), ++sessionCount);
   }
 }
 
 TEST_F(Share, aReaderThatLeavesAfterTheLinkTakesNothingBack) {
-  const auto program =
-      startStalled(Call::store, {.arguments = {"share", "--json", file_}, .output = Stream::pipe});
+  const auto second = std::make_shared<Gate>();
+  service_.setHook(Call::uploadUrl, [second](const Request& request, Reply ordinary) {
+    if (request.target().contains("item-1")) ordinary.sendAfter = second;
+    return ordinary;
+  });
+  const auto program = startStalled(
+      Call::store, {.arguments = {"share", "--json", file_, folder_.write("other", "x")},
+                    .output = Stream::pipe,
+                    .error = Stream::terminal});
   program->closeOutput();
   gate_->open();
-  EXPECT_EQ(program->waitForExit(), 0);
-  EXPECT_EQ(program->error(), "");
-  EXPECT_EQ(count(Call::finalize), 1U);
+  // The progress of the first file finds no reader.
+  EXPECT_TRUE(program->waitToShow("1 of 2 files"));
+  second->open();
+  EXPECT_EQ(program->waitForExit(), 0) << program->terminal();
+  EXPECT_EQ(count(Call::finalize), 2U);
   EXPECT_EQ(count(Call::deleteSession), 0U);
 }
 

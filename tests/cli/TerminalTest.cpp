@@ -23,7 +23,7 @@ TEST_F(OnTerminal, theBarCountsFilesAndGoesAwayBeforeTheSummary) {
       startStalled(Call::store, {.arguments = {"share", file_, other}, .error = Stream::terminal});
   ASSERT_TRUE(program->waitToShow("\x1b[32m\u2588")) << program->terminal();
   // The cursor returns to the beginning, so that the bar can be erased in a narrower window.
-  ASSERT_TRUE(program->waitToShow("0 of 2 files  0:00 elapsed\x1b[J\r"));
+  ASSERT_TRUE(program->waitToShow("0 of 2 files  0:00 elapsed\x1b[J\r\r"));
   gate_->open();
   EXPECT_EQ(program->waitForExit(), 0);
   EXPECT_EQ(program->output(), link_);
