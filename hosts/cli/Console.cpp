@@ -67,7 +67,7 @@ void Console::abandonStatus() {
 }
 
 void Console::write(std::string_view bytes) const {
-  // Nobody is left to be told when standard error fails.
+  // There is no other stream to report an error of standard error on.
   static_cast<void>(writeAll(descriptor_, bytes));
 }
 

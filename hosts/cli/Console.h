@@ -27,7 +27,7 @@ class Console {
 
   /// "quillbay: " and the text: something went wrong, or is about to.
   void printError(std::string_view text);
-  /// A line that only somebody at a terminal needs.
+  /// A line that is of use on a terminal only.
   void printNote(std::string_view text);
   /// A line as it is.
   void printLine(std::string_view text);

@@ -30,7 +30,7 @@ class Interruption {
   /// thread before the queue runs.
   void setHandler(std::function<void()> handler) { handler_ = std::move(handler); }
 
-  /// Readable from the first signal on: for whoever waits in `poll`.
+  /// Readable from the first signal on, for a wait in `poll`.
   int descriptor() const { return occurrence_.get(); }
   bool hasOccurred() const { return hasOccurred_; }
 

@@ -40,7 +40,7 @@ class JSONOutput final : public ResultOutput {
     write(event);
   }
 
-  // Whoever reads the stream may have to delete the session, should our deletion get no answer.
+  // The reader of the stream may have to delete the session, should our deletion get no answer.
   void doomedSessionCreated(const cloud::Session& session) override { sessionCreated(session); }
 
   void progressed(double fraction) override {

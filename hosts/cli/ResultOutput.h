@@ -22,7 +22,7 @@ class ResultOutput {
   static std::unique_ptr<ResultOutput> json(int descriptor);
 
   virtual void sessionCreated(const cloud::Session& session) = 0;
-  /// The session came into being after the run was cancelled, and will be deleted.
+  /// The session was created after the run was cancelled, and will be deleted.
   virtual void doomedSessionCreated(const cloud::Session& session) = 0;
   /// `fraction` of the uploads, 0 to 1. Call it at most ten times a second.
   virtual void progressed(double fraction) = 0;

@@ -87,7 +87,7 @@ SecretSource::Result SecretSource::readFile(const std::string& path,
   const std::string origin = isStandardInput ? "standard input" : host::inQuotes(path);
   host::FileDescriptor file;
   if (!isStandardInput) {
-    // Without blocking: Ctrl-C must end the wait for somebody to open a FIFO's other end, too.
+    // Without blocking: Ctrl-C must end the wait for the other end of a FIFO, too.
     file = host::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file.isOpen()) {
       return failed("cannot read the " + name + " from " + origin + ": " + std::strerror(errno));
@@ -125,7 +125,7 @@ std::expected<SecretSource::Line, SecretSource::Failure> SecretSource::readLine(
     if (events[0].revents != 0) return cancelled();
     if (events[1].revents == 0) continue;
 
-    // Byte by byte: what follows the first line belongs to whoever reads standard input next.
+    // Byte by byte: what follows the first line belongs to the next reader of standard input.
     char byte = 0;
     const ssize_t count = ::read(descriptor, &byte, 1);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;

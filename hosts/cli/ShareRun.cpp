@@ -97,7 +97,7 @@ void ShareRun::completed(const std::expected<cloud::Session, cloud::QuillbayClou
   console_.printNote("Shared " + host::fileCountText(files_.count()) + " (" +
                      host::byteCountText(files_.totalByteCount()) + ") in " +
                      host::durationText(progress_.elapsed(Clock::now())) + ".");
-  if (options_.tellsDeletion) printRemaining("everything was uploaded");
+  if (options_.tellsDeletion) printSession("is complete");
   end();
 }
 
@@ -113,7 +113,9 @@ void ShareRun::printReason(const cloud::QuillbayCloudError& error) const {
   const bool isAboutFiles = error == cloud::QuillbayCloudError::fingerprintFailure() ||
                             error == cloud::QuillbayCloudError::invalidFile();
   // The reasons were printed when the run began.
-  if (isAboutFiles && !files_.problems().empty()) return console_.printError("nothing was shared");
+  if (!session_ && isAboutFiles && !files_.problems().empty()) {
+    return console_.printError("nothing was shared");
+  }
   const auto suspect = files_.watch().suspect(journal_);
   printFailure(console_, error,
                {.step = journal_.step(),
@@ -134,7 +136,7 @@ void ShareRun::loseOutput() {
   // The reader has the link, and everything is behind it: the session must stay.
   status_ = ExitStatus::failure;
   printOutputError();
-  printRemaining("everything was uploaded");
+  printSession("is complete and remains");
   end();
 }
 
@@ -147,7 +149,7 @@ void ShareRun::cleanUp(std::chrono::milliseconds bound) {
   if (isDeleting_) return;
   if (!session_) return end();
   if (options_.keep) {
-    printRemaining("not everything was uploaded");
+    printSession("remains, incomplete");
     return end();
   }
   isDeleting_ = true;
@@ -164,7 +166,7 @@ void ShareRun::deletionCompleted(const std::expected<void, cloud::QuillbayCloudE
   if (result) {
     output_.deleted();
     const std::string text = "the session was deleted; its link no longer works";
-    // After a failure it matters to whoever has the link by now. After Ctrl-C it is what was asked.
+    // After a failure it matters to people who have the link. After Ctrl-C it is what was asked.
     if (status_ == ExitStatus::failure) {
       console_.printError(text);
     } else {
@@ -175,14 +177,14 @@ void ShareRun::deletionCompleted(const std::expected<void, cloud::QuillbayCloudE
                  {.step = host::RunJournal::Step::deletingSession,
                   .subject = host::inQuotes(session_->identifier()),
                   .network = options_.network});
-    printRemaining("its link may still work");
+    printSession("may still exist");
   }
   end();
 }
 
-void ShareRun::printRemaining(const std::string& text) {
-  console_.printError(text + "; session " + host::inQuotes(session_->identifier()) +
-                      " remains: " + session_->url().absoluteString());
+void ShareRun::printSession(const std::string& state) {
+  console_.printError("session " + host::inQuotes(session_->identifier()) + " " + state + ": " +
+                      session_->url().absoluteString());
   if (options_.json && isSessionWritten_) {
     return console_.printError("to delete it, use \"id\" and \"token\" of the session event");
   }
@@ -194,7 +196,7 @@ void ShareRun::deadlinePassed() {
   console_.clearStatus();
   if (isDeleting_) {
     console_.printError("the service has not confirmed that the session is deleted");
-    printRemaining("its link may still work");
+    printSession("may still exist");
   } else {
     console_.printError(
         "the service has not answered; if it has created a session, that remains "

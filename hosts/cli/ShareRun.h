@@ -41,7 +41,7 @@ class ShareRun {
   struct Options {
     /// The session stays when the run is cancelled or fails.
     bool keep = false;
-    /// Whoever reads the output gets the session's token from there.
+    /// The reader of the output gets the session's token from there.
     bool json = false;
     /// Tells in the end how the session can be deleted.
     bool tellsDeletion = false;
@@ -68,7 +68,7 @@ class ShareRun {
   void completed(const std::expected<cloud::Session, cloud::QuillbayCloudError>& result);
   void fail(const cloud::QuillbayCloudError& error);
   void printReason(const cloud::QuillbayCloudError& error) const;
-  /// The link could not be written: nobody has it, and the run ends.
+  /// The link could not be written: no reader has it, and the run ends.
   void stopWithoutLink();
   /// Standard output failed after the link: the run fails, the session stays.
   void loseOutput();
@@ -77,8 +77,8 @@ class ShareRun {
   /// Deletes the session, if there is one and it is not to be kept, and then ends the run.
   void cleanUp(std::chrono::milliseconds bound);
   void deletionCompleted(const std::expected<void, cloud::QuillbayCloudError>& result);
-  /// Tells that the session remains, and how it can be deleted.
-  void printRemaining(const std::string& text);
+  /// Tells what has become of the session, and how it can be deleted.
+  void printSession(const std::string& state);
   void deadlinePassed();
   void end();
 

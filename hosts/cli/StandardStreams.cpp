@@ -23,7 +23,7 @@ int writeAll(int descriptor, std::string_view bytes) {
     if (written >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno == EAGAIN) {
-      // Whoever shares the stream with us has made it non-blocking.
+      // Another process that shares the stream has made it non-blocking.
       pollfd stream{descriptor, POLLOUT, 0};
       ::poll(&stream, 1, -1);
     } else if (errno != EINTR) {

@@ -57,8 +57,7 @@ ExitStatus runProgram(const std::vector<std::string>& arguments) {
     Interruption interruption([] { console.abandonStatus(); });
     Program program(interruption, console);
     status = std::visit([&](const auto& options) { return program.run(options); }, *command);
-    // At once: a file may still be hashed and an upload still be stalled, and nobody waits for
-    // them any more.
+    // At once: a file may still be hashed and an upload be stalled, whose results are of no use.
     if (status == ExitStatus::cancelled) ::_exit(rawValue(status));
   } catch (const std::exception& error) {
     console.printError(error.what());

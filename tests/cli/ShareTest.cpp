@@ -107,7 +107,7 @@ TEST_F(Share, filesThatCannotBeReadAreNamedOnceAndNothingIsSent) {
   EXPECT_TRUE(service_.calls().empty());
 }
 
-TEST_F(Share, aLinkThatNobodyCanReadIsAFailureAndLeavesNoSession) {
+TEST_F(Share, aLinkThatCannotBeWrittenIsAFailureAndLeavesNoSession) {
   std::size_t sessionCount = 0;
   for (const auto& [stream, reason] :
        {std::pair(Stream::pipe, "Broken pipe"), std::pair(Stream::closed, "Bad file descriptor")}) {
