@@ -52,7 +52,7 @@ struct SandboxServer::Parts {
         sessions(folder / "sessions", options.log),
         addresses({"QUILLBAYSANDBOX", persistentSecret(folder / "store.key")}, options.clock),
         gate(persistentSecret(folder / "cookie.key"), options.clock),
-        server(identity.serverContext(), options.log),
+        server(identity.serverContext(), options.log, options.connectionLimit),
         port(server.bind(options.port)),
         service(sessions, addresses, options.clock, "localhost:" + std::to_string(port)),
         store(sessions, addresses, options.clock, emptyFolder(folder / "incoming")),

@@ -16,6 +16,8 @@ struct SandboxOptions {
   int port = 0;
   /// Where everything is kept; one running sandbox a folder.
   std::filesystem::path dataFolder;
+  /// Clients served at once.
+  std::size_t connectionLimit = 512;
   Clock clock = systemTime;
   LogSink log = [](const std::string&) {};
 };

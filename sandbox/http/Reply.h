@@ -29,11 +29,13 @@ using Write = std::function<bool(std::string_view)>;
 /// client learns that the content is not whole.
 using Producer = std::function<bool(const Write&)>;
 
+using ReplyHeaders = std::vector<std::pair<std::string, std::string>>;
+
 struct Reply {
   int status = 200;
   std::string contentType;
   std::variant<std::string, FileSlice, Producer> body;
-  std::vector<std::pair<std::string, std::string>> headers;
+  ReplyHeaders headers;
 };
 
 /// Hands the reply to the HTTP library; texts are compressed for clients that ask for gzip.

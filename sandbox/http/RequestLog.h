@@ -20,6 +20,9 @@ struct FinishedRequest {
   std::chrono::steady_clock::duration duration{};
 };
 
+/// "2026-01-01T00:00:00Z TLS handshake failed: no shared cipher"
+std::string failedHandshakeLine(const std::string& reason);
+
 /// "2026-01-01T00:00:00Z PUT /objects/a/b 200 in=1048700 out=180 12.3ms"
 std::string logLine(const FinishedRequest& request);
 

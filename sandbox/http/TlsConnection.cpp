@@ -36,10 +36,12 @@ TlsConnection::TlsConnection(SSL_CTX* context, int socket, std::chrono::seconds 
   isAlive_ = ssl_ && SSL_set_fd(ssl_.get(), socket) == 1;
 }
 
-bool TlsConnection::handshake() {
+std::expected<void, std::string> TlsConnection::handshake() {
   ERR_clear_error();
   isAlive_ = isAlive_ && SSL_accept(ssl_.get()) == 1;
-  return isAlive_;
+  if (isAlive_) return {};
+  const char* const reason = ERR_reason_error_string(ERR_peek_last_error());
+  return std::unexpected(reason == nullptr ? "the client has gone or fell silent" : reason);
 }
 
 bool TlsConnection::waitForRequest(std::chrono::seconds limit) {

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <expected>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,8 @@ class TlsConnection : public httplib::Stream {
   /// Borrows the socket.
   TlsConnection(SSL_CTX* context, int socket, std::chrono::seconds silenceLimit);
 
-  bool handshake();
+  /// The reason when it fails.
+  std::expected<void, std::string> handshake();
   /// False when no request came within the time or the peer closed.
   bool waitForRequest(std::chrono::seconds limit);
   bool flush();

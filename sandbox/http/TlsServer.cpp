@@ -1,19 +1,22 @@
 #include "sandbox/http/TlsServer.h"
 
+#include <cerrno>
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 
 #include "sandbox/http/ConnectionThreads.h"
+#include "sandbox/http/RequestStream.h"
 
 namespace quillbay::sandbox {
 
 namespace {
 
 constexpr const char* loopback = "127.0.0.1";
-constexpr std::size_t connectionLimit = 512;
 constexpr int backlog = 256;
 constexpr std::chrono::seconds silenceLimit{60};
 constexpr std::chrono::seconds keepAliveLimit{300};
+constexpr std::chrono::seconds idleThreadLimit{10};
 constexpr std::size_t targetByteLimit = 4096;
 
 class OwnedSocket {
@@ -26,6 +29,18 @@ class OwnedSocket {
  private:
   int socket_;
 };
+
+/// What a failed bind says to the person who chose the port.
+std::string bindFailure(int error) {
+  switch (error) {
+    case EADDRINUSE:
+      return "another program is using the port (--port 0 finds a free one)";
+    case EACCES:
+      return "low ports are reserved for the system; choose one above 1023 with --port";
+    default:
+      return std::generic_category().message(error);
+  }
+}
 
 }  // namespace
 
@@ -43,9 +58,12 @@ struct TlsServer::Exchange {
 
 thread_local TlsServer::Exchange* TlsServer::Exchange::current = nullptr;
 
-TlsServer::TlsServer(TlsContext context, LogSink log)
+TlsServer::TlsServer(TlsContext context, LogSink log, std::size_t connectionLimit)
     : context_(std::move(context)), log_(std::move(log)) {
-  new_task_queue = [] { return new ConnectionThreads(connectionLimit); };
+  new_task_queue = [this, connectionLimit] {
+    return new ConnectionThreads(connectionLimit, idleThreadLimit,
+                                 [this] { connections_.makeRoom(); });
+  };
   set_tcp_nodelay(true);
   // The library's default would let a second sandbox share the port unnoticed.
   set_socket_options([](socket_t socket) {
@@ -63,6 +81,8 @@ TlsServer::TlsServer(TlsContext context, LogSink log)
   // The library would announce limits here that `process_and_close_socket` does not have.
   set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
     response.headers.erase("Keep-Alive");
+    // RFC 9110, section 8.6: these have no content to tell the length of.
+    if (response.status == 204 || response.status == 304) response.headers.erase("Content-Length");
     if (Exchange::current->isLast) response.set_header("Connection", "close");
   });
 
@@ -86,12 +106,12 @@ TlsServer::~TlsServer() { stop(); }
 
 int TlsServer::bind(int port) {
   int bound = port;
+  errno = 0;
   if (port == 0) bound = bind_to_any_port(loopback);
   if (port != 0 && !bind_to_port(loopback, port)) bound = -1;
   if (bound <= 0) {
     throw std::runtime_error("cannot listen on " + std::string(loopback) + ":" +
-                             std::to_string(port) +
-                             "; is another program using the port? (--port 0 finds a free one)");
+                             std::to_string(port) + ": " + bindFailure(errno));
   }
   // The library listens with a backlog of 5, and a full one costs a client a second.
   ::listen(svr_sock_, backlog);
@@ -115,10 +135,16 @@ void TlsServer::stop() {
 
 bool TlsServer::process_and_close_socket(socket_t socket) {
   const OwnedSocket owned(socket);
-  const OpenConnections::Entry entry(connections_, socket);
+  OpenConnections::Entry entry(connections_, socket);
   TlsConnection connection(context_.get(), socket, silenceLimit);
-  if (!connection.handshake()) return false;
-  while (connection.waitForRequest(keepAliveLimit) && serve(connection)) {
+  if (const auto handshake = connection.handshake(); !handshake) {
+    log_(failedHandshakeLine(handshake.error()));
+    return false;
+  }
+  while (connection.waitForRequest(keepAliveLimit)) {
+    entry.endIdling();
+    if (!serve(connection)) break;
+    entry.beginIdling();
   }
   connection.closeGently();
   return true;
@@ -132,18 +158,16 @@ bool TlsServer::serve(TlsConnection& connection) {
   const std::uint64_t readBefore = connection.readByteCount();
   const std::uint64_t writtenBefore = connection.writtenByteCount();
   bool isClosing = false;
-  const bool isServed =
-      process_request(connection, false, isClosing, [&](httplib::Request& request) {
-        exchange.summary.method = request.method;
-        exchange.summary.path = Target(request.target).path;
-        exchange.bodyStart = connection.readByteCount();
-        exchange.bodyByteCount = RequestBody(request, nullptr).announcedByteCount().value_or(0);
-        exchange.isLast = request.has_header("Transfer-Encoding");
-        // Routes and ranges are ours: the library would match paths by regular expression and cut
-        // any reply, error pages too, to the range asked for.
-        request.path = request.target.size() > targetByteLimit ? "" : "/";
-        request.ranges.clear();
-      });
+  RequestStream stream(connection);
+  const bool isServed = process_request(stream, false, isClosing, [&](httplib::Request& request) {
+    exchange.summary.method = request.method;
+    exchange.summary.path = Target(request.target).path;
+    exchange.bodyStart = connection.readByteCount();
+    exchange.bodyByteCount = RequestBody(request, nullptr).announcedByteCount().value_or(0);
+    exchange.isLast = request.has_header("Transfer-Encoding");
+    // Routes are ours: the library would match paths by regular expression.
+    request.path = request.target.size() > targetByteLimit ? "" : "/";
+  });
   const bool isSent = connection.flush();
   exchange.summary.receivedByteCount = connection.readByteCount() - readBefore;
   exchange.summary.sentByteCount = connection.writtenByteCount() - writtenBefore;

@@ -17,7 +17,8 @@ namespace quillbay::sandbox {
 /// upload.
 class TlsServer : private httplib::Server {
  public:
-  TlsServer(TlsContext context, LogSink log);
+  /// At most `connectionLimit` clients are served at once; more wait.
+  TlsServer(TlsContext context, LogSink log, std::size_t connectionLimit);
   ~TlsServer() override;
 
   /// Binds to loopback; port 0 chooses a free one. Returns the port; throws std::runtime_error.

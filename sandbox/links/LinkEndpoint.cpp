@@ -5,6 +5,7 @@
 
 #include "sandbox/http/ByteRange.h"
 #include "sandbox/http/ContentDisposition.h"
+#include "sandbox/http/RequestStream.h"
 #include "sandbox/links/Page.h"
 #include "sandbox/links/SharePage.h"
 #include "sandbox/links/ZipStream.h"
@@ -55,7 +56,7 @@ void applyRange(const Call& call, const std::string& entityTag, Reply& reply) {
   const std::string condition = call.header("If-Range");
   if (!condition.empty() && condition != entityTag) return;
   ByteRange range;
-  switch (evaluateRange(call.header("Range"), whole, range)) {
+  switch (evaluateRange(call.header(RequestStream::rangeAlias), whole, range)) {
     case RangeRequest::whole:
       return;
     case RangeRequest::unsatisfiable:
