@@ -1,11 +1,12 @@
 #include "sandbox/http/ContentDisposition.h"
 
+#include "sandbox/support/BidiControls.h"
 #include "sandbox/support/PercentCoding.h"
 
 namespace quillbay::sandbox {
 
 std::string safeFileName(std::string_view fileName) {
-  std::string name(fileName);
+  std::string name = replaceBidiControls(fileName, "_");
   for (char& c : name) {
     if (static_cast<unsigned char>(c) < ' ' || c == '\x7f' || c == '/' || c == '\\') c = '_';
   }

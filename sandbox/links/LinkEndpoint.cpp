@@ -9,6 +9,7 @@
 #include "sandbox/links/Page.h"
 #include "sandbox/links/SharePage.h"
 #include "sandbox/links/ZipStream.h"
+#include "sandbox/support/MediaType.h"
 
 namespace quillbay::sandbox {
 
@@ -29,12 +30,16 @@ bool hasArrived(const Session& session) {
   return isComplete;
 }
 
-/// Content that a browser shows without running any of it.
+/// Content that a browser shows without running any of it. What is not listed, or could be read in
+/// two ways, counts as active.
 bool isPassive(std::string_view contentType) {
-  constexpr std::array<std::string_view, 5> passive{"image/", "audio/", "video/", "text/plain",
-                                                    "application/pdf"};
-  return !contentType.starts_with("image/svg") &&
-         std::ranges::any_of(passive, [&](auto start) { return contentType.starts_with(start); });
+  static constexpr auto passive = std::to_array<std::string_view>(
+      {"application/pdf", "audio/midi", "audio/mpeg", "audio/ogg", "audio/x-m4a", "image/gif",
+       "image/jpeg", "image/png", "image/webp", "text/plain", "video/mp4", "video/mpeg",
+       "video/quicktime", "video/webm", "video/x-m4v"});
+  const auto type = parseMediaType(contentType);
+  return type && !type->hasQuotedValue &&
+         std::ranges::find(passive, type->essence) != passive.end();
 }
 
 /// Strangers' content under our own origin: never guessed to be something else, and what could hold
@@ -52,7 +57,6 @@ void applyRange(const Call& call, const std::string& entityTag, Reply& reply) {
   auto& slice = std::get<FileSlice>(reply.body);
   const std::uint64_t whole = slice.byteCount;
   reply.headers.emplace_back("Accept-Ranges", "bytes");
-  reply.headers.emplace_back("ETag", entityTag);
   const std::string condition = call.header("If-Range");
   if (!condition.empty() && condition != entityTag) return;
   ByteRange range;
@@ -75,24 +79,36 @@ void applyRange(const Call& call, const std::string& entityTag, Reply& reply) {
   }
 }
 
-Reply fileReply(const Call& call, Session& session, std::size_t index) {
+/// Our tags hold no comma, so that looking for one in the list finds just it.
+bool hasClientThis(const Call& call, const std::string& entityTag) {
+  const std::string known = call.header("If-None-Match");
+  return known == "*" || known.contains(entityTag);
+}
+
+Reply fileReply(const Call& call, Session& session, std::size_t index, Instant now) {
   const SessionRecord& record = session.record();
   const ItemState state = session.item(index);
-  if (!state.isUploaded) return sharePage(session, 503);
+  if (!state.isUploaded) return sharePage(session, now, 503);
   const StoredObject& object = *state.object;
   const bool isInline = record.linkType == LinkType::direct && object.isInline;
   Reply reply;
-  reply.contentType = object.contentType.empty() ? "application/octet-stream" : object.contentType;
+  reply.contentType = object.contentType;
   reply.body = FileSlice{session.openObject(object), 0, object.byteCount};
   reply.headers.emplace_back("Content-Disposition",
                              contentDisposition(isInline, record.items[index].file.name));
+  reply.headers.emplace_back("ETag", object.entityTag);
   addContentProtection(reply);
+  if (hasClientThis(call, object.entityTag)) {
+    reply.status = 304;
+    reply.body = std::string();
+    return reply;
+  }
   applyRange(call, object.entityTag, reply);
   return reply;
 }
 
-Reply zipReply(const std::shared_ptr<Session>& session) {
-  if (!hasArrived(*session)) return sharePage(*session, 503);
+Reply zipReply(const std::shared_ptr<Session>& session, Instant now) {
+  if (!hasArrived(*session)) return sharePage(*session, now, 503);
   const SessionRecord& record = session->record();
   std::vector<ZipEntry> entries;
   entries.reserve(record.items.size());
@@ -107,11 +123,11 @@ Reply zipReply(const std::shared_ptr<Session>& session) {
   return reply;
 }
 
-Reply startReply(const Call& call, const std::shared_ptr<Session>& session) {
+Reply startReply(const Call& call, const std::shared_ptr<Session>& session, Instant now) {
   const SessionRecord& record = session->record();
-  if (record.linkType == LinkType::page || record.items.empty()) return sharePage(*session);
-  if (record.items.size() == 1) return fileReply(call, *session, 0);
-  return record.linkType == LinkType::download ? zipReply(session) : sharePage(*session);
+  if (record.linkType == LinkType::page || record.items.empty()) return sharePage(*session, now);
+  if (record.items.size() == 1) return fileReply(call, *session, 0, now);
+  return record.linkType == LinkType::download ? zipReply(session, now) : sharePage(*session, now);
 }
 
 bool isPost(const Call& call) { return call.request.method == "POST"; }
@@ -147,21 +163,24 @@ Reply LinkEndpoint::route(Call& call) {
   if (segments.size() < 2 || segments[0] != "s") return unknownPage();
   const auto session = sessions_.findBySlug(segments[1]);
   if (!session) return unknownPage();
-  if (session->record().isExpired(clock_())) {
+  const Instant now = clock_();
+  if (session->record().isExpired(now)) {
     return messageReply(410, "This link has expired",
                         "Its files are no longer available. Ask for a new link.");
   }
   const bool isUnlock = segments.size() == 3 && segments[2] == "unlock";
   if (isUnlock && isPost(call)) return unlock(call, *session);
   if (!isRead(call)) {
-    return messageReply(405, "Not possible", "This link can only be opened.");
+    Reply reply = messageReply(405, "Not possible", "This link can only be opened.");
+    reply.headers.emplace_back("Allow", isUnlock ? "GET, HEAD, POST" : "GET, HEAD");
+    return reply;
   }
   if (!gate_.isOpen(session->record(), call.header("Cookie"))) {
     return passwordPage(403, session->record(), "");
   }
   // A reload after a refused password comes here.
   if (isUnlock) return {303, {}, {}, {{"Location", "/s/" + session->record().slug}}};
-  return open(call, session);
+  return open(call, session, now);
 }
 
 Reply LinkEndpoint::unlock(Call& call, Session& session) {
@@ -180,13 +199,14 @@ Reply LinkEndpoint::unlock(Call& call, Session& session) {
   return {303, {}, {}, {{"Location", "/s/" + record.slug}, {"Set-Cookie", gate_.passFor(record)}}};
 }
 
-Reply LinkEndpoint::open(const Call& call, const std::shared_ptr<Session>& session) {
+Reply LinkEndpoint::open(const Call& call, const std::shared_ptr<Session>& session, Instant now) {
   const auto& segments = call.target.segments;
-  if (segments.size() == 2) return startReply(call, session);
-  if (segments.size() == 3 && segments[2] == "all.zip") return zipReply(session);
+  if (segments.size() == 2) return startReply(call, session, now);
+  if (segments.size() == 3 && segments[2] == "files") return sharePage(*session, now);
+  if (segments.size() == 3 && segments[2] == "all.zip") return zipReply(session, now);
   if (segments.size() == 4 && segments[2] == "files") {
     if (const auto index = session->itemIndex(segments[3])) {
-      return fileReply(call, *session, *index);
+      return fileReply(call, *session, *index, now);
     }
   }
   return unknownPage();

@@ -6,7 +6,8 @@
 
 namespace quillbay::sandbox {
 
-/// What recipients see: /s/SLUG, its files and its ZIP archive.
+/// What recipients see: /s/SLUG, the page that lists its files (/files), each file (/files/ID) and
+/// the ZIP archive of all (/all.zip).
 class LinkEndpoint : public Endpoint {
  public:
   /// Borrows the sessions and the gate.
@@ -17,7 +18,7 @@ class LinkEndpoint : public Endpoint {
  private:
   Reply route(Call& call);
   Reply unlock(Call& call, Session& session);
-  static Reply open(const Call& call, const std::shared_ptr<Session>& session);
+  static Reply open(const Call& call, const std::shared_ptr<Session>& session, Instant now);
 
   SessionStore& sessions_;
   PasswordGate& gate_;

@@ -27,6 +27,7 @@ h1{margin:0;font-size:1.5rem;line-height:1.25;overflow-wrap:anywhere}
 p{margin:.5rem 0 0}
 .soft,small{color:var(--soft);font-size:.9rem}
 .notice{margin-top:1.25rem;padding:.85rem 1rem;border-radius:.6rem;background:var(--tint)}
+.notice .button{margin-top:.85rem;border-color:var(--accent)}
 .error{color:var(--warn)}
 progress{display:block;width:100%;height:.4rem;margin-top:.5rem;border:0;border-radius:.4rem;
 overflow:hidden;background:var(--line);accent-color:var(--accent);appearance:none}
@@ -54,17 +55,12 @@ border-radius:.6rem;background:var(--card);color:var(--ink);font:inherit}
 
 }  // namespace
 
-Reply pageReply(int status, std::string_view title, std::string_view content,
-                std::optional<std::chrono::seconds> reloadAfter) {
+Reply pageReply(int status, std::string_view title, std::string_view content) {
   std::string html =
       "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
-      "<meta name=\"robots\" content=\"noindex\">";
-  if (reloadAfter) {
-    html +=
-        "<meta http-equiv=\"refresh\" content=\"" + std::to_string(reloadAfter->count()) + "\">";
-  }
-  html += "<title>" + escapeMarkup(title) + " – Quillbay Cloud</title><style>";
+      "<meta name=\"robots\" content=\"noindex\"><title>" +
+      escapeMarkup(title) + " – Quillbay Cloud</title><style>";
   html += style;
   html += "</style></head><body><main><p class=\"brand\">Quillbay Cloud</p><div class=\"card\">\n";
   html += content;

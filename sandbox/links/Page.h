@@ -1,8 +1,6 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,8 +9,7 @@
 namespace quillbay::sandbox {
 
 /// A whole HTML page in the look of all link pages. `title` is text, `content` is markup.
-Reply pageReply(int status, std::string_view title, std::string_view content,
-                std::optional<std::chrono::seconds> reloadAfter = std::nullopt);
+Reply pageReply(int status, std::string_view title, std::string_view content);
 
 /// A page that says one thing.
 Reply messageReply(int status, std::string_view heading, std::string_view message);

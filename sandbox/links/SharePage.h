@@ -5,9 +5,10 @@
 
 namespace quillbay::sandbox {
 
-/// The page of a link: what is shared, what has arrived and what is still on its way. It reloads
-/// itself until everything is there. With status 503 it stands in for content that is not.
-Reply sharePage(Session& session, int status = 200);
+/// The page of a link: what is shared, what has arrived and what is still on its way, or that the
+/// upload was interrupted. With status 503 it is the answer to a request for content that has not
+/// arrived.
+Reply sharePage(Session& session, Instant now, int status = 200);
 
 /// Asks for the link's password; `problem` tells what was wrong with the last one.
 Reply passwordPage(int status, const SessionRecord& session, std::string_view problem);

@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <clocale>
 #include <ctime>
-#include <set>
+#include <cwchar>
+#include <cwctype>
+#include <map>
 #include <stdexcept>
 
 #include "sandbox/http/ContentDisposition.h"
@@ -57,15 +59,37 @@ la_ssize_t passOn(archive* handle, void* write, const void* data, std::size_t by
   return -1;
 }
 
+/// The same for names that some systems keep in one file: those that differ in case only.
+std::wstring foldedCase(const std::string& name) {
+  std::wstring folded(name.size(), L'\0');
+  const char* start = name.c_str();
+  std::mbstate_t state{};
+  const std::size_t length = std::mbsrtowcs(folded.data(), &start, folded.size(), &state);
+  if (length == static_cast<std::size_t>(-1)) return {name.begin(), name.end()};
+  folded.resize(length);
+  for (wchar_t& c : folded) c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
+  return folded;
+}
+
+/// "letter (2).txt", ".hidden (2)"
+std::string numbered(const std::string& name, int number) {
+  const std::size_t lastDot = name.rfind('.');
+  const std::size_t end = lastDot == 0 ? name.size() : std::min(lastDot, name.size());
+  return name.substr(0, end) + " (" + std::to_string(number) + ")" + name.substr(end);
+}
+
 void makeNamesDistinct(std::vector<ZipEntry>& entries) {
-  std::set<std::string> taken;
+  const Utf8Locale locale;
+  // With the number that was given last: a thousand files of one name are not compared with all.
+  std::map<std::wstring, int> lastNumberByName;
   for (ZipEntry& entry : entries) {
     const std::string wanted = safeFileName(entry.name);
-    const std::size_t dot = std::min(wanted.rfind('.'), wanted.size());
+    const auto [first, isFree] = lastNumberByName.emplace(foldedCase(wanted), 1);
     entry.name = wanted;
-    for (int number = 2; !taken.insert(entry.name).second; ++number) {
-      entry.name = wanted.substr(0, dot) + " (" + std::to_string(number) + ")" + wanted.substr(dot);
-    }
+    if (isFree) continue;
+    do {
+      entry.name = numbered(wanted, ++first->second);
+    } while (!lastNumberByName.emplace(foldedCase(entry.name), 1).second);
   }
 }
 

@@ -18,7 +18,7 @@ struct ZipEntry {
 };
 
 /// A ZIP archive made while it is sent, of any size, in constant memory. Unsafe characters in names
-/// are replaced and names that stand twice are numbered.
+/// are replaced; names that occur twice, or differ in case only, are numbered.
 Producer zipStream(std::vector<ZipEntry> entries);
 
 }  // namespace quillbay::sandbox

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "sandbox/support/Base64.h"
+#include "sandbox/support/MediaType.h"
 
 namespace quillbay::sandbox {
 
@@ -91,7 +92,7 @@ std::uint64_t readContentLength(const Reader& item) {
 std::string readContentType(const Reader& item) {
   std::string type = item.text("content_type", contentTypeByteLimit);
   const auto isVisible = [](char c) { return c >= ' ' && c <= '~'; };
-  if (!type.contains('/') || !std::ranges::all_of(type, isVisible)) {
+  if (!parseMediaType(type) || !std::ranges::all_of(type, isVisible)) {
     refuse(item.name("content_type") + " must be a MIME type.");
   }
   return type;

@@ -50,12 +50,14 @@ std::shared_ptr<Session> Session::create(std::filesystem::path folder, SessionRe
   createPrivateFolder(session->folder_ / objectFolder);
   // Written last: a folder without it is the remains of a creation or removal that was cut short.
   writeFileAtomically(session->folder_ / recordFile, session->record_.toJson());
+  session->recallLastMovement();
   return session;
 }
 
 std::shared_ptr<Session> Session::load(std::filesystem::path folder) {
   SessionRecord record = SessionRecord::fromJson(readFile(folder / recordFile));
   std::shared_ptr<Session> session(new Session(std::move(folder), std::move(record)));
+  session->recallLastMovement();
   session->replayJournal();
   return session;
 }
@@ -126,6 +128,15 @@ void Session::remove() {
   isClosed_ = true;
   std::filesystem::remove(folder_ / recordFile);
   std::filesystem::remove_all(folder_);
+}
+
+/// From the file that was written last.
+void Session::recallLastMovement() {
+  const bool hasJournal = std::filesystem::exists(journalPath());
+  const auto time =
+      std::filesystem::last_write_time(hasJournal ? journalPath() : folder_ / recordFile);
+  const auto systemTime = std::filesystem::file_time_type::clock::to_sys(time);
+  noteMovement(std::chrono::floor<std::chrono::seconds>(systemTime));
 }
 
 void Session::replayJournal() {

@@ -61,6 +61,12 @@ class Session {
   /// Bytes of an upload that is under way, for the link's page.
   std::atomic<std::uint64_t>& arrivingByteCount(std::size_t index) { return arriving_[index]; }
 
+  /// To be called whenever bytes of an upload arrive: a page that waits for them can then tell a
+  /// slow upload from an abandoned one.
+  void noteMovement(Instant now) { lastMovement_.store(now, std::memory_order_relaxed); }
+  /// Known to the second, over restarts too.
+  Instant lastMovement() const { return lastMovement_.load(std::memory_order_relaxed); }
+
   /// Moves a complete file into the session. `object.fileName` is chosen here.
   void store(std::size_t index, const std::filesystem::path& file, StoredObject object);
   /// Compares the stored object with what was announced and with the tag the client was given.
@@ -75,6 +81,7 @@ class Session {
  private:
   Session(std::filesystem::path folder, SessionRecord record);
 
+  void recallLastMovement();
   void replayJournal();
   void applyJournalLine(std::string_view line);
   void appendToJournal(const std::string& line) const;
@@ -85,6 +92,7 @@ class Session {
   const SessionRecord record_;
   std::unordered_map<std::string_view, std::size_t> indexByIdentifier_;
   std::vector<std::atomic<std::uint64_t>> arriving_;
+  std::atomic<Instant> lastMovement_;
 
   mutable std::mutex mutex_;
   std::vector<ItemState> items_;

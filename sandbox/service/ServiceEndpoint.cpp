@@ -26,15 +26,18 @@ Reply jsonReply(int status, std::string text) {
   return {status, "application/json", std::move(text), {{"Cache-Control", "no-store"}}};
 }
 
-Reply errorReply(int status, const std::string& message) {
-  return jsonReply(status, json{{"message", message}, {"status", status}}.dump());
+Reply errorReply(int status, const std::string& message, const ReplyHeaders& headers = {}) {
+  Reply reply = jsonReply(status, json{{"message", message}, {"status", status}}.dump());
+  reply.headers.insert(reply.headers.end(), headers.begin(), headers.end());
+  return reply;
 }
 
 [[noreturn]] void refuseUnknown() { throw ServiceError(404, "There is nothing at this address."); }
 
 void requireMethod(const Call& call, std::string_view method) {
   if (call.request.method != method) {
-    throw ServiceError(405, "This address only takes " + std::string(method) + ".");
+    throw ServiceError(405, "This address only takes " + std::string(method) + ".",
+                       {{"Allow", std::string(method)}});
   }
 }
 
@@ -71,7 +74,7 @@ Reply ServiceEndpoint::answer(Call& call) {
   try {
     return route(call);
   } catch (const ServiceError& error) {
-    return errorReply(error.status(), error.what());
+    return errorReply(error.status(), error.what(), error.headers());
   } catch (const InvalidRequest& error) {
     return errorReply(400, error.what());
   } catch (const SessionConflict& error) {
@@ -122,8 +125,10 @@ Reply ServiceEndpoint::uploadUrl(const Call& call) {
   const std::size_t index = itemIndex(call, *session);
   if (session->item(index).isUploaded) throw SessionConflict("The item is already finalized.");
   const SessionRecord& record = session->record();
-  const std::string path = StoreEndpoint::objectPath(record, record.items[index]);
-  return jsonReply(200, json{{"url", addresses_.make("PUT", host_, path)}}.dump());
+  const Item& item = record.items[index];
+  const std::string url =
+      addresses_.make("PUT", host_, StoreEndpoint::objectPath(record, item), item.file.contentType);
+  return jsonReply(200, json{{"url", url}}.dump());
 }
 
 Reply ServiceEndpoint::finalize(Call& call) {

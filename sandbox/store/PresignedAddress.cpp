@@ -99,9 +99,14 @@ PresignedAddress::PresignedAddress(Credentials credentials, Clock clock)
     : credentials_(std::move(credentials)), clock_(std::move(clock)) {}
 
 std::string PresignedAddress::make(std::string_view method, std::string_view host,
-                                   std::string_view path) const {
-  SignedRequest request{std::string(method),           std::string(path), {},
-                        {{"host", std::string(host)}}, clock_(),          std::string(region)};
+                                   std::string_view path, std::string_view contentType) const {
+  SignedRequest request{
+      .method = std::string(method),
+      .path = std::string(path),
+      .query = {},
+      .headers = {{"content-type", std::string(contentType)}, {"host", std::string(host)}},
+      .time = clock_(),
+      .region = std::string(region)};
   request.query = authenticationParameters(request, credentials_.accessKey, validity);
   std::string address = "https://" + std::string(host) + percentEncode(path, "/") + "?";
   for (const auto& [name, value] : request.query) {

@@ -2,6 +2,8 @@
 
 #include "sandbox/store/IncomingObject.h"
 #include "sandbox/store/StoreError.h"
+#include "sandbox/support/MediaType.h"
+#include "sandbox/support/Utf8Check.h"
 
 namespace quillbay::sandbox {
 
@@ -37,6 +39,12 @@ void refuseWhatCannotBeStored(const Call& call) {
   if (call.request.has_header("Content-Encoding") || call.request.is_multipart_form_data()) {
     throw StoreError(501, "NotImplemented", "The body must be the plain bytes of the file.");
   }
+}
+
+/// Without a charset a browser guesses, and shows UTF-8 as if it were an older encoding.
+bool needsCharset(std::string_view contentType) {
+  const auto type = parseMediaType(contentType);
+  return type && type->essence.starts_with("text/") && !type->hasCharset;
 }
 
 }  // namespace
@@ -75,7 +83,8 @@ std::optional<Reply> StoreEndpoint::refuseEarly(Call& call) {
 
 StoreEndpoint::Upload StoreEndpoint::admit(const Call& call) const {
   if (call.request.method != "PUT") {
-    throw StoreError(405, "MethodNotAllowed", "The method is not allowed on this resource.");
+    throw StoreError(405, "MethodNotAllowed", "The method is not allowed on this resource.",
+                     {{"Allow", "PUT"}});
   }
   addresses_.verify(call);
   const auto& segments = call.target.segments;
@@ -99,22 +108,28 @@ StoreEndpoint::Upload StoreEndpoint::admit(const Call& call) const {
 Reply StoreEndpoint::receive(Call& call, const Upload& upload) const {
   IncomingObject object(incomingFolder_);
   ArrivalGauge gauge(*upload.session, upload.index);
+  Utf8Check utf8;
+  const std::string& announcedType = upload.session->record().items[upload.index].file.contentType;
+  const bool isUndeclaredText = needsCharset(announcedType);
   const bool isWhole = call.body.read([&](std::string_view bytes) {
     object.append(bytes);
+    if (isUndeclaredText) utf8.update(bytes);
     gauge.set(object.byteCount());
+    upload.session->noteMovement(clock_());
   });
   if (!isWhole || object.byteCount() != upload.byteCount) {
     throw StoreError(400, "IncompleteBody",
                      "The body ended before the number of bytes in its Content-Length header.");
   }
   object.finish();
-  upload.session->store(upload.index, object.file(),
-                        {.fileName = {},
-                         .entityTag = object.entityTag(),
-                         .fingerprint = object.fingerprint(),
-                         .byteCount = object.byteCount(),
-                         .contentType = call.header("Content-Type"),
-                         .isInline = call.header("Content-Disposition").starts_with("inline")});
+  upload.session->store(
+      upload.index, object.file(),
+      {.fileName = {},
+       .entityTag = object.entityTag(),
+       .fingerprint = object.fingerprint(),
+       .byteCount = object.byteCount(),
+       .contentType = utf8.isProven() ? announcedType + "; charset=utf-8" : announcedType,
+       .isInline = call.header("Content-Disposition").starts_with("inline")});
   return {200, {}, {}, {{"ETag", object.entityTag()}}};
 }
 

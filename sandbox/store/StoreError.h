@@ -10,8 +10,11 @@ namespace quillbay::sandbox {
 /// A refusal of the object store.
 class StoreError : public std::runtime_error {
  public:
-  StoreError(int status, std::string code, const std::string& message)
-      : std::runtime_error(message), status_(status), code_(std::move(code)) {}
+  StoreError(int status, std::string code, const std::string& message, ReplyHeaders headers = {})
+      : std::runtime_error(message),
+        status_(status),
+        code_(std::move(code)),
+        headers_(std::move(headers)) {}
 
   /// The XML error document.
   Reply reply(const std::string& resource) const;
@@ -19,6 +22,7 @@ class StoreError : public std::runtime_error {
  private:
   int status_;
   std::string code_;
+  ReplyHeaders headers_;
 };
 
 }  // namespace quillbay::sandbox

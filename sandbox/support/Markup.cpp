@@ -1,11 +1,14 @@
 #include "sandbox/support/Markup.h"
 
+#include "sandbox/support/BidiControls.h"
+
 namespace quillbay::sandbox {
 
 std::string escapeMarkup(std::string_view text) {
+  const std::string ordered = replaceBidiControls(text, "\uFFFD");
   std::string escaped;
-  escaped.reserve(text.size());
-  for (const char c : text) {
+  escaped.reserve(ordered.size());
+  for (const char c : ordered) {
     switch (c) {
       case '&':
         escaped += "&amp;";

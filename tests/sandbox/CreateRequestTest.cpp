@@ -40,7 +40,12 @@ TEST(CreateRequest, NamesTheWrongMember) {
       {"/items/0/content_length", 5, "items[0].content_length"},
       {"/items/0/content_length", "-5", "items[0].content_length"},
       {"/items/0/content_length", "99999999999999999999", "content_length"},
-      {"/items/0/content_type", "a/b\r\nX: y", "content_type"},
+      {"/items/0/content_type", "a/b;c=\"\r\nX: y\"", "content_type"},
+      {"/items/0/content_type", "image/png, text/html", "content_type"},
+      {"/items/0/content_type", "text/plain;foo=bar, text/html", "content_type"},
+      {"/items/0/content_type", "text/plain;foo=\"bar", "content_type"},
+      {"/items/0/content_type", "text/plain;foo=", "content_type"},
+      {"/items/0/content_type", "image/", "content_type"},
       {"/items/0/f", std::string(64, 'A'), "items[0].f"},
       {"/config/link_type", "directLink", "config.link_type"},
       {"/config/title", nullptr, "config.title"},
@@ -62,6 +67,7 @@ TEST(CreateRequest, NamesTheWrongMember) {
 TEST(CreateRequest, ReadsEveryMember) {
   json body = validBody();
   body["items"][0]["f"] = std::string(64, 'a');
+  body["items"][0]["content_type"] = "text/X-a ; b=\"\\\", c\";;d=e";
   body["config"] = {{"link_type", "direct"},
                     {"title", ""},
                     {"expiration", "1767225600.9"},
@@ -70,6 +76,7 @@ TEST(CreateRequest, ReadsEveryMember) {
   const CreateRequest request = CreateRequest::parse(body.dump(), now);
   EXPECT_EQ(request.files.at(0).byteCount, 5u);
   EXPECT_EQ(request.files.at(0).fingerprint, std::string(64, 'a'));
+  EXPECT_EQ(request.files.at(0).contentType, "text/X-a ; b=\"\\\", c\";;d=e");
   EXPECT_EQ(request.linkType, LinkType::direct);
   EXPECT_EQ(request.title, "");
   EXPECT_EQ(request.expiration, Instant(std::chrono::seconds(1'767'225'600)));

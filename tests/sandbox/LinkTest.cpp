@@ -13,7 +13,7 @@
 namespace quillbay::sandbox {
 namespace {
 
-const TestFile photo{"photo.jpg", std::string(700'000, 'p'), "image/jpeg"};
+const TestFile photo{"photo.jpg", std::string(700'000, 'p')};
 
 class Link : public RunningSandbox {
  protected:
@@ -52,28 +52,37 @@ TEST_F(Link, ShowsWhatHasArrivedAndWhatIsOnItsWay) {
   upload(session, 0, letter);
   RawClient half(server_->port());
   half.send(uploadHead(uploadTarget(session, 1), 700'000) + photo.bytes.substr(0, 350'000));
-  std::string page;
-  do {
-    page = client_->Get(linkOf(session))->body;
-  } while (!page.contains("350.0 kB of 700.0 kB"));
+  const std::string page = pageWith("350.0 kB of 700.0 kB", linkOf(session));
   EXPECT_TRUE(page.contains("1 of 2 files have arrived"));
-  EXPECT_TRUE(page.contains("http-equiv=\"refresh\""));
+  EXPECT_TRUE(page.contains(linkOf(session) + "/files\">Check again"));
+  EXPECT_TRUE(page.contains("aria-label=\"Download letter.txt\""));
   EXPECT_TRUE(page.contains(filePath(session, 0)));
   EXPECT_FALSE(page.contains(filePath(session, 1)));
   EXPECT_FALSE(page.contains("all.zip"));
 
   upload(session, 1, photo);
-  page = client_->Get(linkOf(session))->body;
-  EXPECT_FALSE(page.contains("http-equiv"));
-  EXPECT_TRUE(page.contains("all.zip"));
+  EXPECT_FALSE(pageWith("all.zip", linkOf(session)).contains("Check again"));
+}
+
+TEST_F(Link, TellsASlowUploadFromAnInterruptedOne) {
+  const json session = createSession({letter, letter}, {{"link_type", "download"}});
+  const std::string target = linkOf(session) + "/files";
+  advanceClock(std::chrono::minutes(1));
+  EXPECT_FALSE(pageWith("on its way", target).contains("interrupted"));
+  restart();
+  advanceClock(std::chrono::minutes(2));
+  EXPECT_FALSE(pageWith("interrupted", target).contains("on its way"));
+  EXPECT_FALSE(client_->Get(linkOf(session))->has_header("Retry-After"));
+  upload(session, 0, letter);
+  EXPECT_FALSE(pageWith("on its way", target).contains("interrupted"));
 }
 
 TEST_F(Link, EscapesEveryTextOfStrangers) {
-  const std::string hostile = "<script>\"&'";
+  const std::string hostile = "<script>\"&'\u202Egpj\u2067.exe";
   const json session = share({{hostile, "x"}}, {{"title", hostile}});
   const auto page = client_->Get(linkOf(session));
   EXPECT_FALSE(page->body.contains("<script"));
-  EXPECT_TRUE(page->body.contains("&lt;script&gt;&quot;&amp;&#39;"));
+  EXPECT_TRUE(page->body.contains("&lt;script&gt;&quot;&amp;&#39;\uFFFDgpj\uFFFD.exe"));
   EXPECT_TRUE(page->get_header_value("Content-Security-Policy").starts_with("default-src 'none'"));
 }
 
@@ -91,30 +100,61 @@ TEST_F(Link, HandsOverTheSingleFileOfADownloadLink) {
   EXPECT_EQ(reply->body, "Dear all");
   EXPECT_FALSE(reply->has_header("X"));
   // The client would decode the name.
-  EXPECT_EQ(contentDisposition(false, "r\r\nX: y\"é.txt"),
-            "attachment; filename=\"r__X: y___.txt\"; filename*=UTF-8''r__X%3A%20y%22%C3%A9.txt");
+  EXPECT_EQ(contentDisposition(false, "r\r\nX: y\"é\u202E.txt"),
+            "attachment; filename=\"r__X: y____.txt\"; filename*=UTF-8''r__X%3A%20y%22%C3%A9_.txt");
 }
 
 TEST_F(Link, PacksSeveralFilesOfADownloadLink) {
-  const json session = share({letter, photo, {"letter.txt", "again"}, {"..\\évil", ""}},
+  const json session = share({letter,
+                              photo,
+                              {"letter.txt", "again"},
+                              {"..\\évil", ""},
+                              {"LETTER.TXT", "3"},
+                              {".hidden", "1"},
+                              {".hidden", "2"},
+                              {"..\\Évil", "4"}},
                              {{"link_type", "download"}, {"title", "Post"}});
   const auto reply = client_->Get(linkOf(session));
   EXPECT_EQ(reply->get_header_value("Content-Type"), "application/zip");
-  const std::map<std::string, std::string> expected{{"letter.txt", letter.bytes},
-                                                    {"photo.jpg", photo.bytes},
-                                                    {"letter (2).txt", "again"},
-                                                    {".._évil", ""}};
+  const std::map<std::string, std::string> expected{
+      {"letter.txt", letter.bytes}, {"photo.jpg", photo.bytes},
+      {"letter (2).txt", "again"},  {".._évil", ""},
+      {"LETTER (3).TXT", "3"},      {".hidden", "1"},
+      {".hidden (2)", "2"},         {". (2)._Évil", "4"}};
   EXPECT_TRUE(unzip(reply->body) == expected);
 }
 
 TEST_F(Link, ShowsDirectContentAsUploadedButNeverLetsItRun) {
-  const TestFile page{"page.html", "<script>alert(1)</script>", "text/html"};
-  const auto active = client_->Get(linkOf(share({page}, {{"link_type", "direct"}})));
-  EXPECT_EQ(active->body, page.bytes);
-  EXPECT_EQ(active->get_header_value("Content-Type"), "text/html");
-  EXPECT_TRUE(active->get_header_value("Content-Disposition").starts_with("inline;"));
-  EXPECT_EQ(active->get_header_value("Content-Security-Policy"), "sandbox");
-  EXPECT_EQ(active->get_header_value("X-Content-Type-Options"), "nosniff");
+  // The server receives pieces of 4 KiB; one ends within this character.
+  const std::string longText = std::string(4094, 'a') + "€";
+  const struct {
+    const char* type;
+    std::string bytes;
+    const char* shownAs;
+    const char* policy;
+  } rows[] = {
+      {"text/html", "<script>alert(1)</script>", "text/html", "sandbox"},
+      {"image/png; a=\", text/html\"", "x", "image/png; a=\", text/html\"", "sandbox"},
+      {"image/svg+xml", "é", "image/svg+xml", "sandbox"},
+      {"IMAGE/png", "é", "IMAGE/png", ""},
+      {"application/pdf;a=b", "x", "application/pdf;a=b", ""},
+      {"text/plain", "ASCII", "text/plain", ""},
+      {"text/plain", longText, "text/plain; charset=utf-8", ""},
+      {"text/css", longText, "text/css; charset=utf-8", "sandbox"},
+      {"text/plain", longText + "\xE9", "text/plain", ""},
+      {"text/plain", "\xFC" + longText, "text/plain", ""},
+      {"text/plain; Charset=x", longText, "text/plain; Charset=x", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.type + row.bytes.substr(0, 9));
+    const json session = share({{"file", row.bytes, row.type}}, {{"link_type", "direct"}});
+    const auto reply = client_->Get(linkOf(session));
+    EXPECT_EQ(reply->body, row.bytes);
+    EXPECT_EQ(reply->get_header_value("Content-Type"), row.shownAs);
+    EXPECT_TRUE(reply->get_header_value("Content-Disposition").starts_with("inline;"));
+    EXPECT_EQ(reply->get_header_value("Content-Security-Policy"), row.policy);
+    EXPECT_EQ(reply->get_header_value("X-Content-Type-Options"), "nosniff");
+  }
 }
 
 TEST_F(Link, OffersNothingInlineOnAPage) {
@@ -140,6 +180,9 @@ TEST_F(Link, ServesPartsOfAFile) {
       {"bytes=-100", 206, "bytes 0-7/8", "Dear all"},
       {"bytes=8-", 416, "bytes */8", ""},
       {"bytes=-0", 416, "bytes */8", ""},
+      {"lines=1-2", 200, "", "Dear all"},
+      {"bytes=5-2", 200, "", "Dear all"},
+      {"bytes=0-0,2-2", 200, "", "Dear all"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.range);
@@ -149,7 +192,16 @@ TEST_F(Link, ServesPartsOfAFile) {
     EXPECT_TRUE(row.status == 416 || reply->body == row.body) << reply->body;
   }
   EXPECT_EQ(client_->Get(filePath(session, 1))->body, "");
-  EXPECT_EQ(client_->Head(path)->get_header_value("Content-Length"), "8");
+  const auto head = client_->Head(path);
+  EXPECT_EQ(head->get_header_value("Content-Length"), "8");
+  const std::string tag = head->get_header_value("ETag");
+  for (const std::string& known : {tag, "\"x\", W/" + tag, std::string("*")}) {
+    const auto unchanged = client_->Head(path, {{"If-None-Match", known}, {"Range", "bytes=0-0"}});
+    EXPECT_EQ(unchanged->status, 304) << known;
+    EXPECT_EQ(unchanged->get_header_value("ETag"), tag);
+    EXPECT_FALSE(unchanged->has_header("Content-Length"));
+  }
+  EXPECT_EQ(client_->Head(path, {{"If-None-Match", "\"x\""}})->status, 200);
 }
 
 TEST_F(Link, OpensToThePasswordOnly) {

@@ -82,11 +82,12 @@ class RunningSandbox : public testing::Test {
     return target(json::parse(reply->body)["url"]);
   }
 
-  /// The start of an upload up to its body, for a RawClient.
+  /// The start of an upload of plain text up to its body, for a RawClient.
   std::string uploadHead(const std::string& target, std::size_t byteCount,
                          const std::string& more = "") const {
     return "PUT " + target + " HTTP/1.1\r\nHost: localhost:" + std::to_string(server_->port()) +
-           "\r\nContent-Length: " + std::to_string(byteCount) + "\r\n" + more + "\r\n";
+           "\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(byteCount) + "\r\n" +
+           more + "\r\n";
   }
 
   httplib::Result put(const std::string& target, const TestFile& file,
@@ -119,6 +120,17 @@ class RunningSandbox : public testing::Test {
       upload(session, i, files[i], isDirect ? "inline" : "attachment");
     }
     return session;
+  }
+
+  /// The link's page once `text` is on it, for what a thread of the server has yet to do.
+  std::string pageWith(const std::string& text, const std::string& target) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    std::string page;
+    do {
+      page = client_->Get(target)->body;
+    } while (!page.contains(text) && std::chrono::steady_clock::now() < end);
+    EXPECT_TRUE(page.contains(text)) << text << "\n" << page;
+    return page;
   }
 
   static std::string pathOf(const json& session) {

@@ -62,12 +62,28 @@ TEST_F(Service, KnowsASessionOnlyByItsTokenAndInstanceAndAnItemOnlyBelowIt) {
 
 TEST_F(Service, AnswersUnknownAddressesMethodsBodiesAndMissingHeadersInJson) {
   EXPECT_EQ(refusedStatus(client_->Get("/cloud/x")), 404);
-  EXPECT_EQ(refusedStatus(client_->Get("/cloud/x/session")), 405);
   EXPECT_EQ(refusedStatus(client_->Post("/cloud/x/session", "nonsense", "")), 400);
   const json session = createSession({letter});
   for (const char* action : {"finalize", "upload_url"}) {
     const auto reply = client_->Put(itemPath(session, 0, action), tokenOf(session), "{}", "");
     EXPECT_EQ(refusedStatus(reply), 400) << action;
+  }
+}
+
+TEST_F(Service, NamesTheMethodsThatAnAddressTakes) {
+  const json session = createSession({letter});
+  const std::pair<std::string, const char*> rows[] = {
+      {"/cloud/x/session", "POST"},
+      {pathOf(session), "DELETE"},
+      {itemPath(session, 0, "finalize"), "PUT"},
+      {uploadTarget(session, 0), "PUT"},
+      {linkOf(session), "GET, HEAD"},
+      {linkOf(session) + "/unlock", "GET, HEAD, POST"},
+  };
+  for (const auto& [target, methods] : rows) {
+    const auto reply = client_->Patch(target);
+    EXPECT_EQ(reply->status, 405) << target;
+    EXPECT_EQ(reply->get_header_value("Allow"), methods) << target;
   }
 }
 

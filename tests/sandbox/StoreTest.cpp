@@ -46,7 +46,9 @@ TEST_F(Store, TakesAnAddressOnlyAsItWasSigned) {
     EXPECT_EQ(reply->get_header_value("Content-Type"), "application/xml");
     EXPECT_FALSE(reply->body.contains(signature)) << "for others to find";
   }
-  EXPECT_EQ(outcome(client_->Put(target_, {{"Host", "elsewhere"}}, letter.bytes, "")),
+  EXPECT_EQ(outcome(client_->Put(target_, {{"Host", "elsewhere"}}, letter.bytes, "text/plain")),
+            "403 SignatureDoesNotMatch");
+  EXPECT_EQ(outcome(put(target_, {"letter.txt", "Dear all", "text/html"})),
             "403 SignatureDoesNotMatch");
   EXPECT_EQ(outcome(client_->Get(target_)), "405 MethodNotAllowed");
   EXPECT_EQ(outcome(put(target_, letter)), "200");
