@@ -27,11 +27,7 @@ std::string refusal(const std::string& body) {
 }
 
 TEST(CreateRequest, NamesTheWrongMember) {
-  const struct {
-    const char* pointer;
-    json value;
-    const char* blamed;
-  } rows[] = {
+  const std::tuple<const char*, json, const char*> rows[] = {
       {"/items", "x", "items"},
       {"/items/0", 1, "items[0]"},
       {"/items/0/file_name", "a/b", "items[0].file_name"},
@@ -55,10 +51,10 @@ TEST(CreateRequest, NamesTheWrongMember) {
       {"/config/p", "YQ", "config.p"},
       {"/config/is_secret", "0", "config.is_secret"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [pointer, value, blamed] : rows) {
     json body = validBody();
-    body[json::json_pointer(row.pointer)] = row.value;
-    EXPECT_TRUE(refusal(body.dump()).contains(row.blamed)) << row.pointer << " " << row.value;
+    body[json::json_pointer(pointer)] = value;
+    EXPECT_TRUE(refusal(body.dump()).contains(blamed)) << pointer << " " << value;
   }
   EXPECT_NE(refusal("{"), "accepted");
   EXPECT_NE(refusal(std::string(1'000'000, '[')), "accepted");

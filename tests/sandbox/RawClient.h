@@ -2,6 +2,8 @@
 
 #include <openssl/bio.h>
 #include <openssl/ssl.h>
+#include <sys/socket.h>
+#include <sys/time.h>
 
 #include <array>
 #include <memory>
@@ -14,13 +16,18 @@
 
 namespace quillbay::sandbox {
 
-/// A TLS connection that sends what a well-behaved client would not.
+/// A TLS connection that sends what a well-behaved client would not. Waits 10 s for the server.
 class RawClient {
  public:
   explicit RawClient(int port)
-      : context_(SSL_CTX_new(TLS_client_method())), bio_(BIO_new_ssl_connect(context_.get())) {
-    BIO_set_conn_hostname(bio_.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
-    if (BIO_do_connect(bio_.get()) != 1 || BIO_do_handshake(bio_.get()) != 1) {
+      : context_(SSL_CTX_new(TLS_client_method())), bio_(BIO_new_ssl(context_.get(), 1)) {
+    BIO* const socket = BIO_new_connect(("127.0.0.1:" + std::to_string(port)).c_str());
+    BIO_push(bio_.get(), socket);
+    const bool isConnected = BIO_do_connect(socket) == 1;
+    const timeval limit{.tv_sec = 10, .tv_usec = 0};
+    ::setsockopt(static_cast<int>(BIO_get_fd(socket, nullptr)), SOL_SOCKET, SO_RCVTIMEO, &limit,
+                 sizeof limit);
+    if (!isConnected || BIO_do_handshake(bio_.get()) != 1) {
       throw std::runtime_error("the sandbox does not take the connection");
     }
   }

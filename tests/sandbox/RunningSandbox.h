@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -33,11 +35,12 @@ class RunningSandbox : public testing::Test {
  protected:
   RunningSandbox() { restart(); }
 
-  void restart() {
+  void restart(std::size_t connectionLimit = 100) {
     client_.reset();
     server_.reset();
-    server_ = std::make_unique<SandboxServer>(
-        SandboxOptions{.dataFolder = folder_.path(), .clock = [this] { return now(); }});
+    server_ = std::make_unique<SandboxServer>(SandboxOptions{.dataFolder = folder_.path(),
+                                                             .connectionLimit = connectionLimit,
+                                                             .clock = [this] { return now(); }});
     server_->start();
     client_ = std::make_unique<httplib::SSLClient>("localhost", server_->port());
     client_->set_ca_cert_path(server_->authorityFile());
@@ -70,9 +73,8 @@ class RunningSandbox : public testing::Test {
   }
 
   httplib::Result requestUploadUrl(const json& session, std::size_t item) {
-    httplib::Headers headers = tokenOf(session);
-    headers.emplace("X-QUILLBAY-CLOUD-SCP", "1");
-    return client_->Put(itemPath(session, item, "upload_url"), headers, "", "");
+    return client_->Put(itemPath(session, item, "upload_url"),
+                        tokenOf(session, {{"X-QUILLBAY-CLOUD-SCP", "1"}}), "", "");
   }
 
   /// Path and query of a fresh presigned address.
@@ -98,9 +100,7 @@ class RunningSandbox : public testing::Test {
 
   httplib::Result finalize(const json& session, std::size_t item, const std::string& entityTag,
                            const httplib::Headers& more = {}) {
-    httplib::Headers headers = tokenOf(session);
-    headers.insert(more.begin(), more.end());
-    return client_->Put(itemPath(session, item, "finalize"), headers,
+    return client_->Put(itemPath(session, item, "finalize"), tokenOf(session, more),
                         json{{"etag", entityTag}}.dump(), "");
   }
 
@@ -114,11 +114,9 @@ class RunningSandbox : public testing::Test {
 
   /// A session with all its files uploaded.
   json share(const std::vector<TestFile>& files, json config = json::object()) {
-    const bool isDirect = config.value("link_type", "") == "direct";
+    const char* disposition = config.value("link_type", "") == "direct" ? "inline" : "attachment";
     json session = createSession(files, std::move(config));
-    for (std::size_t i = 0; i < files.size(); ++i) {
-      upload(session, i, files[i], isDirect ? "inline" : "attachment");
-    }
+    for (std::size_t i = 0; i < files.size(); ++i) upload(session, i, files[i], disposition);
     return session;
   }
 
@@ -140,8 +138,9 @@ class RunningSandbox : public testing::Test {
     const std::string identifier = session["items"][item]["id"];
     return pathOf(session) + "/items/" + identifier + "/" + action;
   }
-  static httplib::Headers tokenOf(const json& session) {
-    return {{"X-QUILLBAY-SESSION-TOKEN", session["token"].get<std::string>()}};
+  static httplib::Headers tokenOf(const json& session, httplib::Headers more = {}) {
+    more.emplace("X-QUILLBAY-SESSION-TOKEN", session["token"].get<std::string>());
+    return more;
   }
   /// The path of an absolute address of this server.
   static std::string target(const std::string& url) {
@@ -152,19 +151,14 @@ class RunningSandbox : public testing::Test {
   /// "404", or "404 NoSuchKey" for the store's error documents.
   static std::string outcome(const httplib::Result& result) {
     if (!result) return httplib::to_string(result.error());
-    const std::string status = std::to_string(result->status);
-    const std::size_t code = result->body.find("<Code>");
-    if (code == std::string::npos) return status;
-    const std::size_t start = result->body.find('>', code) + 1;
-    return status + " " + result->body.substr(start, result->body.find('<', start) - start);
+    std::smatch code;
+    const bool hasCode = std::regex_search(result->body, code, std::regex("<Code>(\\w+)"));
+    return std::to_string(result->status) + (hasCode ? " " + code.str(1) : "");
   }
 
-  std::size_t filesOnDisk(const std::string& below) const {
-    std::size_t count = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / below)) {
-      count += entry.is_regular_file() ? 1 : 0;
-    }
-    return count;
+  std::ptrdiff_t filesOnDisk(const std::string& below) const {
+    return std::ranges::count_if(std::filesystem::recursive_directory_iterator(folder_ / below),
+                                 [](const auto& entry) { return entry.is_regular_file(); });
   }
 
   TemporaryFolder folder_;

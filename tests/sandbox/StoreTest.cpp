@@ -22,11 +22,7 @@ TEST_F(Store, TakesAnAddressOnlyAsItWasSigned) {
   const std::string signature = target_.substr(target_.size() - 64);
   const std::string flipped = (signature[0] == 'a' ? "b" : "a") + signature.substr(1);
   const std::string otherItem = session_["items"][1]["id"];
-  const struct {
-    const char* name;
-    std::string target;
-    const char* outcome;
-  } rows[] = {
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"signature", replaced(target_, signature, flipped), "403 SignatureDoesNotMatch"},
       {"object", replaced(target_, session_["items"][0]["id"], otherItem),
        "403 SignatureDoesNotMatch"},
@@ -39,10 +35,10 @@ TEST_F(Store, TakesAnAddressOnlyAsItWasSigned) {
        "400 AuthorizationQueryParametersError"},
       {"unsigned", target_.substr(0, target_.find('?')), "403 AccessDenied"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto reply = put(row.target, letter);
-    EXPECT_EQ(outcome(reply), row.outcome);
+  for (const auto& [changed, target, expected] : rows) {
+    SCOPED_TRACE(changed);
+    const auto reply = put(target, letter);
+    EXPECT_EQ(outcome(reply), expected);
     EXPECT_EQ(reply->get_header_value("Content-Type"), "application/xml");
     EXPECT_FALSE(reply->body.contains(signature)) << "for others to find";
   }
@@ -92,7 +88,7 @@ TEST_F(Store, KeepsNothingOfABodyThatBreaksOffOrHasNoLength) {
   EXPECT_TRUE(client.receiveAll().contains("<Code>IncompleteBody</Code>"));
   const auto provider = [](std::size_t, httplib::DataSink& sink) { return sink.done(), true; };
   EXPECT_EQ(outcome(client_->Put(target_, provider, "text/plain")), "411 MissingContentLength");
-  EXPECT_EQ(filesOnDisk("incoming"), 0u);
+  EXPECT_EQ(filesOnDisk("incoming"), 0);
   EXPECT_EQ(finalize(session_, 0, "\"x\"")->status, 409);
 }
 
@@ -103,7 +99,7 @@ TEST_F(Store, ReplacesAnObjectOnlyUntilItIsFinalized) {
   EXPECT_EQ(outcome(finalize(session_, 0, tag)), "200");
   EXPECT_EQ(outcome(put(target_, letter)), "403 AccessDenied");
   EXPECT_EQ(requestUploadUrl(session_, 0)->status, 409);
-  EXPECT_EQ(filesOnDisk("sessions/" + session_["id"].get<std::string>() + "/objects"), 1u);
+  EXPECT_EQ(filesOnDisk("sessions/" + session_["id"].get<std::string>() + "/objects"), 1);
 }
 
 TEST_F(Store, ServesOthersWhileUploadsStall) {

@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdio>
+#include <deque>
+#include <future>
+
+#include "sandbox/http/ConnectionThreads.h"
+#include "sandbox/http/OpenConnections.h"
+#include "sandbox/model/SessionStore.h"
+#include "sandbox/support/Files.h"
+#include "tests/sandbox/RawClient.h"
+#include "tests/sandbox/RunningSandbox.h"
+
+namespace quillbay::sandbox {
+namespace {
+
+using Server = RunningSandbox;
+
+TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
+  const json session = createSession({letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
+  upload(session, 0, letter);
+  const auto stored = put(uploadTarget(session, 1), letter);
+  const std::string authority = readFile(server_->authorityFile());
+  restart();
+  EXPECT_EQ(readFile(server_->authorityFile()), authority);
+  const auto reply = finalize(session, 1, stored->get_header_value("ETag"));
+  const json after = json::parse(reply->body);
+  EXPECT_EQ(after["title"], "Post");
+  EXPECT_EQ(after["items"][0]["is_uploaded"], true);
+  EXPECT_EQ(after["items"][1]["is_uploaded"], true);
+  EXPECT_EQ(client_->Get(linkOf(session))->status, 403);
+}
+
+TEST_F(Server, WritesNoTokenOrPasswordToDiskAndKeepsItsKeysToItself) {
+  const json session = createSession({letter}, {{"p", "dmVyeSBzZWNyZXQ="}});  // "very secret"
+  std::string text;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
+    if (!entry.is_regular_file()) continue;
+    text += readFile(entry.path());
+    using std::filesystem::perms;
+    const bool isPrivate =
+        (entry.status().permissions() & (perms::group_all | perms::others_all)) == perms::none;
+    EXPECT_TRUE(isPrivate || entry.path().extension() != ".key") << entry.path();
+  }
+  EXPECT_TRUE(text.contains("letter.txt"));
+  EXPECT_FALSE(text.contains(session["token"].get<std::string>()));
+  EXPECT_FALSE(text.contains("very secret"));
+  EXPECT_FALSE(text.contains("dmVyeSBzZWNyZXQ="));
+}
+
+TEST_F(Server, SurvivesAJournalLineThatWasCutShort) {
+  const json session = createSession({letter, letter});
+  upload(session, 0, letter);
+  const auto journal = folder_ / "sessions" / session["id"].get<std::string>() / "journal.jsonl";
+  writeFileAtomically(journal, readFile(journal) + "{\"item\":1,\"fin");
+  restart();
+  upload(session, 1, letter);
+  restart();
+  EXPECT_FALSE(client_->Get(linkOf(session))->body.contains("on its way"));
+}
+
+TEST(SessionStore, FreesTheSpaceOfExpiredSessionsAndForgetsThemInTheEnd) {
+  TemporaryFolder folder;
+  SessionStore sessions(folder.path(), [](const std::string& warning) { FAIL() << warning; });
+  const Instant now = systemTime();
+  CreateRequest request;
+  request.expiration = now + std::chrono::hours(1);
+  const auto session = sessions.create(makeSession("test", request).record);
+  const auto objects = folder / session->record().identifier / "objects";
+  sessions.sweep(now);
+  EXPECT_TRUE(std::filesystem::exists(objects));
+  sessions.sweep(now + std::chrono::hours(2));
+  EXPECT_FALSE(std::filesystem::exists(objects));
+  EXPECT_NE(sessions.findBySlug(session->record().slug), nullptr);
+  sessions.sweep(now + std::chrono::days(40));
+  EXPECT_EQ(sessions.findBySlug(session->record().slug), nullptr);
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST_F(Server, SharesNeitherItsFolderNorItsPort) {
+  EXPECT_THROW(SandboxServer({.dataFolder = folder_.path()}), std::exception);
+  TemporaryFolder other;
+  EXPECT_THROW(SandboxServer({.port = server_->port(), .dataFolder = other.path()}),
+               std::exception);
+}
+
+TEST_F(Server, GivesTheThreadOfAnIdleConnectionToAClientThatWaits) {
+  restart(4);
+  const std::string request = "GET /s/x HTTP/1.1\r\nHost: x\r\n\r\n";
+  std::deque<RawClient> clients;
+  for (int i = 0; i < 12; ++i) {
+    clients.emplace_back(server_->port()).send(request);
+    EXPECT_TRUE(clients.back().receiveUntil("</html>\n").starts_with("HTTP/1.1 404 ")) << i;
+  }
+  // Those that were used last still have theirs.
+  clients.back().send(request);
+  EXPECT_TRUE(clients.back().receiveUntil("</html>\n").starts_with("HTTP/1.1 404 "));
+  EXPECT_EQ(clients.front().receiveAll(), "");
+}
+
+TEST(Log, TellsOfAFailedHandshake) {
+  const TemporaryFolder folder;
+  std::promise<std::string> line;
+  SandboxServer server(
+      {.dataFolder = folder.path(), .log = [&](const std::string& text) { line.set_value(text); }});
+  server.start();
+  httplib::Client("localhost", server.port()).Get("/");
+  auto logged = line.get_future();
+  ASSERT_EQ(logged.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_TRUE(logged.get().ends_with("TLS handshake failed: http request"));
+}
+
+TEST(OpenConnections, ClosesTheNextIdleOneForAClientThatFoundNone) {
+  int ends[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+  const FileDescriptor socket(ends[0]);
+  const FileDescriptor peer(ends[1]);
+  OpenConnections connections;
+  OpenConnections::Entry entry(connections, socket.get());
+  char byte = 0;
+  entry.endIdling();
+  connections.makeRoom();
+  EXPECT_EQ(::recv(socket.get(), &byte, 1, MSG_DONTWAIT), -1) << "closed while it is in use";
+  entry.beginIdling();
+  EXPECT_EQ(::recv(socket.get(), &byte, 1, MSG_DONTWAIT), 0);
+}
+
+TEST(ConnectionThreads, EndsThreadsWithoutConnections) {
+  ConnectionThreads threads(3, std::chrono::milliseconds(1), [] {});
+  std::promise<void> end;
+  const std::shared_future<void> stop = end.get_future().share();
+  for (int i = 0; i < 3; ++i) threads.enqueue([stop] { stop.wait(); });
+  EXPECT_EQ(threads.threadCount(), 3u);
+  end.set_value();
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (threads.threadCount() > 0 && std::chrono::steady_clock::now() < limit) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(threads.threadCount(), 0u);
+  threads.shutdown();
+}
+
+/// The program itself, with its standard output and error in one pipe.
+class Program {
+ public:
+  explicit Program(const std::string& arguments)
+      : output_(::popen(
+            ("echo $$; exec " QUILLBAY_SANDBOX_PROGRAM " " + arguments + " 2>&1").c_str(), "re")),
+        process_(std::stoi(line())) {}
+
+  std::string line() {
+    std::string text;
+    for (int c = 0; (c = std::fgetc(output_)) != EOF && c != '\n';) text += static_cast<char>(c);
+    return text;
+  }
+
+  void signal(int number) const { ::kill(process_, number); }
+
+  int exitStatus() const {
+    while (std::fgetc(output_) != EOF) {
+    }
+    const int status = ::pclose(output_);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+ private:
+  std::FILE* output_;
+  pid_t process_;
+};
+
+TEST(Program, AnnouncesItselfAndStopsOnASignalWithConnectionsOpen) {
+  const TemporaryFolder folder;
+  for (const int number : {SIGINT, SIGTERM}) {
+    const auto data = folder / "it's data";
+    const auto readyFile = folder / "ready";
+    Program program("--port 0 --data \"" + data.string() + "\" --ready-file " + readyFile.string());
+    const std::string route = program.line();
+    const std::string prefix = "export QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:";
+    ASSERT_TRUE(route.starts_with(prefix)) << route;
+    const std::string trust = program.line();
+    EXPECT_TRUE(trust.starts_with("export QUILLBAY_CACERT='")) << trust;
+    EXPECT_TRUE(trust.ends_with("/it'\\''s data/tls/ca.pem'")) << trust;
+    EXPECT_EQ(readFile(readyFile), route + "\n" + trust + "\n");
+    const RawClient client(std::stoi(route.substr(prefix.size())));
+    program.signal(number);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_FALSE(std::filesystem::exists(readyFile));
+  }
+}
+
+}  // namespace
+}  // namespace quillbay::sandbox
