@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QWidget>
 
 namespace quillbay::core {
@@ -9,6 +10,17 @@ namespace quillbay::core {
 class FormSheetContentView : public QWidget {
  public:
   FormSheetContentView();
+
+  /// Draws a ring around `control` while it has the focus, since some styles do not show the focus
+  /// of every control. `control` is inside this view and lives as long.
+  void addFocusRing(QWidget& control);
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QList<QWidget*> ringedControls_;
 };
 
 }  // namespace quillbay::core

@@ -1,13 +1,14 @@
 #include <QuillbayCloud/ui/ImageView.h>
 #include <QuillbayCloud/ui/LocalizedText.h>
+#include <QuillbayCloud/ui/OutlinedCheckBox.h>
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCore/DateExpirationOption.h>
 #include <QuillbayCore/Localized.h>
 #include <QuillbayPlatform/StringTable.h>
+#include <QuillbayPlatform/ui/Contrast.h>
 #include <QuillbayPlatform/ui/Graphemes.h>
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
 #include <QGraphicsOpacityEffect>
@@ -16,7 +17,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QSignalBlocker>
+#include <algorithm>
 #include <array>
+#include <ranges>
 
 namespace quillbay::cloud {
 namespace {
@@ -83,22 +87,41 @@ void setOpacity(QWidget& widget, qreal opacity) {
   effect.setEnabled(opacity < 1);
 }
 
-bool isTooLong(const QLineEdit& field) {
-  return platform::graphemeCount(field.text()) > kMaximumFieldLength;
+/// Replaces what differs between the field's text and `text`, as one edit.
+void edit(QLineEdit& field, const QString& text) {
+  const QString before = field.text();
+  const auto sameLength = [](auto one, auto other) {
+    return static_cast<int>(std::ranges::mismatch(one, other).in1 - one.begin());
+  };
+  const int start = sameLength(QStringView(before), QStringView(text));
+  const int end = sameLength(QStringView(before).sliced(start) | std::views::reverse,
+                             QStringView(text).sliced(start) | std::views::reverse);
+  field.setSelection(start, static_cast<int>(before.size()) - start - end);
+  field.insert(text.sliced(start, text.size() - start - end));
 }
 
-/// Cuts what goes beyond the limit, and leaves the rest, the cursor and the steps to undo.
+/// Cuts what goes beyond the limit. The edit that went too far is taken back and made again within
+/// the limit: so undo and redo never pass through a text that is too long.
 void limitLength(QLineEdit& field) {
-  if (!isTooLong(field)) return;
-  // A cut has been undone: so is the edit before it, which went too far.
-  if (field.isRedoAvailable()) field.undo();
-  if (!isTooLong(field)) return;
-  const QString before = field.text();
-  const auto kept = static_cast<int>(platform::firstGraphemes(before, kMaximumFieldLength).size());
-  const int cursor = qMin(field.cursorPosition(), kept);
-  field.setSelection(kept, static_cast<int>(before.size()) - kept);
-  field.del();
+  if (platform::graphemeCount(field.text()) <= kMaximumFieldLength) return;
+  const QString kept = platform::firstGraphemes(field.text(), kMaximumFieldLength);
+  const int cursor = std::min(field.cursorPosition(), static_cast<int>(kept.size()));
+  const QSignalBlocker oneEdit(field);
+  field.undo();
+  edit(field, kept);
   field.setCursorPosition(cursor);
+}
+
+/// Starts from the colours that `widget` gets from around it, and keeps them while it is disabled:
+/// what is unavailable is dimmed once, by its opacity, and not by the style as well.
+QPalette undimmedPalette(QWidget& widget) {
+  widget.setPalette({});
+  QPalette palette = widget.palette();
+  for (int role = 0; role < QPalette::NColorRoles; ++role) {
+    const auto colorRole = static_cast<QPalette::ColorRole>(role);
+    palette.setBrush(QPalette::Disabled, colorRole, palette.brush(QPalette::Active, colorRole));
+  }
+  return palette;
 }
 
 }  // namespace
@@ -108,12 +131,13 @@ SessionConfigurationView::SessionConfigurationView()
       passwordTextField_(*new SecureFirstRespondableTextField),
       linkExpirationButton_(*new QComboBox),
       linkTypeButton_(*new QComboBox),
-      generatesLongLinkButton_(*new QCheckBox),
+      generatesLongLinkButton_(*new OutlinedCheckBox),
       imageView_(*new ImageView),
       gridView_(*new QGridLayout) {
   setFrameStyle(QFrame::StyledPanel | QFrame::Plain);
   setUpControls();
   layOut();
+  updateColors();
 }
 
 void SessionConfigurationView::setUpControls() {
@@ -126,14 +150,12 @@ void SessionConfigurationView::setUpControls() {
   for (const DateExpirationOption& option : DateExpirationOption::defaultOptions()) {
     linkExpirationButton_.addItem(expirationText(option));
   }
-  linkExpirationButton_.setMinimumWidth(kControlWidth);
-  linkExpirationButton_.setAccessibleName(spokenName("expiration-label.title"));
+  setUpMenu(linkExpirationButton_, "expiration-label.title");
 
   for (const SessionLinkType linkType : SessionLinkType::allCases) {
     linkTypeButton_.addItem(linkTypeText(linkType));
   }
-  linkTypeButton_.setMinimumWidth(kControlWidth);
-  linkTypeButton_.setAccessibleName(spokenName("link-type-label.title"));
+  setUpMenu(linkTypeButton_, "link-type-label.title");
   connect(&linkTypeButton_, &QComboBox::activated, this,
           &SessionConfigurationView::updateControlStates);
 
@@ -142,14 +164,19 @@ void SessionConfigurationView::setUpControls() {
 
 void SessionConfigurationView::setUpTextField(QLineEdit& field, const char* labelKey) {
   field.setFrame(false);
-  QPalette palette = field.palette();
-  palette.setColor(QPalette::Base, Qt::transparent);
-  field.setPalette(palette);
   field.setPlaceholderText(localizedText("title-text-field.placeholder"));
   field.setFixedWidth(kControlWidth);
   field.setAccessibleName(spokenName(labelKey));
   field.installEventFilter(this);
   connect(&field, &QLineEdit::textEdited, &field, [&field] { limitLength(field); });
+}
+
+void SessionConfigurationView::setUpMenu(QComboBox& menu, const char* labelKey) {
+  menu.setMinimumWidth(kControlWidth);
+  menu.setAccessibleName(spokenName(labelKey));
+  // Scrolling over it neither gives it the focus nor, without the focus, changes what it shows.
+  menu.setFocusPolicy(Qt::StrongFocus);
+  menu.installEventFilter(this);
 }
 
 void SessionConfigurationView::layOut() {
@@ -195,7 +222,6 @@ QLabel* SessionConfigurationView::makeLabel(const char* key, QWidget& buddy) {
   label->setTextFormat(Qt::PlainText);
   label->setText(mnemonics_.assign(localizedText(key)));
   label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  label->setForegroundRole(QPalette::PlaceholderText);
   label->setBuddy(&buddy);
   return label;
 }
@@ -239,9 +265,41 @@ void SessionConfigurationView::updateControlStates() {
   update();
 }
 
+void SessionConfigurationView::updateColors() {
+  const QColor grey = legible(QPalette::PlaceholderText, platform::kTextContrast);
+  for (int row = 0; row < gridView_.rowCount(); ++row) {
+    const QLayoutItem* const cell = gridView_.itemAtPosition(row, 0);
+    if (cell == nullptr) continue;
+    QPalette palette = undimmedPalette(*cell->widget());
+    palette.setColor(QPalette::WindowText, grey);
+    cell->widget()->setPalette(palette);
+  }
+  for (QLineEdit* const field : {&titleTextField_, static_cast<QLineEdit*>(&passwordTextField_)}) {
+    QPalette palette = undimmedPalette(*field);
+    palette.setColor(QPalette::Base, Qt::transparent);
+    palette.setColor(QPalette::PlaceholderText, grey);
+    field->setPalette(palette);
+  }
+  generatesLongLinkButton_.setPalette(undimmedPalette(generatesLongLinkButton_));
+}
+
+QColor SessionConfigurationView::legible(QPalette::ColorRole role, double ratio) const {
+  return platform::withContrast(palette().color(role), palette().color(QPalette::Window), ratio);
+}
+
+void SessionConfigurationView::changeEvent(QEvent* event) {
+  QFrame::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) updateColors();
+}
+
 bool SessionConfigurationView::eventFilter(QObject* watched, QEvent* event) {
   // The line below a field tells where the focus is.
   if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+  if (event->type() == QEvent::Wheel && !static_cast<QWidget*>(watched)->hasFocus()) {
+    // Not for the menu, perhaps for what the form is in.
+    event->ignore();
+    return true;
+  }
   return QFrame::eventFilter(watched, event);
 }
 
@@ -253,13 +311,13 @@ void SessionConfigurationView::paintEvent(QPaintEvent* event) {
 
 void SessionConfigurationView::paintLineBelow(const QLineEdit& field) {
   const bool hasFocus = field.hasFocus();
-  // Text that is not there yet: seen on light and on dark ground.
+  // The colour of a text that is not there yet: seen on light and on dark ground.
   const auto role = hasFocus ? QPalette::Highlight : QPalette::PlaceholderText;
   QPainter painter(this);
   if (!field.isEnabled()) painter.setOpacity(kUnavailableOpacity);
   const QRect area = field.geometry();
   painter.fillRect(area.left(), area.bottom() + 1, area.width(), hasFocus ? 2 : 1,
-                   palette().color(role));
+                   legible(role, platform::kOutlineContrast));
 }
 
 }  // namespace quillbay::cloud

@@ -52,14 +52,19 @@ class SessionConfigurationView : public QFrame {
   void updateControlStates();
 
  protected:
+  void changeEvent(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:
   QLabel* makeLabel(const char* key, QWidget& buddy);
   void setUpTextField(QLineEdit& field, const char* labelKey);
+  void setUpMenu(QComboBox& menu, const char* labelKey);
   void setUpControls();
   void layOut();
+  void updateColors();
+  /// The colour of `role`, with at least this contrast (see `platform::withContrast`).
+  QColor legible(QPalette::ColorRole role, double ratio) const;
   void paintLineBelow(const QLineEdit& field);
 
   platform::Mnemonics mnemonics_;
