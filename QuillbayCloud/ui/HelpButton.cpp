@@ -1,7 +1,7 @@
 #include <QuillbayCloud/ui/HelpButton.h>
+#include <QuillbayPlatform/ui/Contrast.h>
 
 #include <QDialogButtonBox>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
 
@@ -32,20 +32,28 @@ QSize HelpButton::sizeHint() const {
   return {size, size};
 }
 
+QPalette::ColorRole HelpButton::diskRole() const {
+  if (isDown()) return QPalette::Mid;
+  return underMouse() ? QPalette::Midlight : QPalette::Button;
+}
+
 void HelpButton::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   QRectF disk(0, 0, kDiameter, kDiameter);
   disk.moveCenter(QRectF(rect()).center());
 
-  const bool isActive = isDown() || underMouse();
-  painter.setPen(QPen(palette().color(QPalette::Mid), 1));
-  painter.setBrush(palette().color(isActive ? QPalette::Midlight : QPalette::Button));
+  const auto outline = [this](QPalette::ColorRole role) {
+    return platform::withContrast(palette().color(role), palette().color(QPalette::Window),
+                                  platform::kOutlineContrast);
+  };
+  painter.setPen(QPen(outline(QPalette::Mid), 1));
+  painter.setBrush(palette().color(diskRole()));
   painter.drawEllipse(disk.adjusted(0.5, 0.5, -0.5, -0.5));
   if (hasFocus()) {
-    painter.setPen(QPen(palette().color(QPalette::Highlight), kRingWidth));
+    painter.setPen(QPen(outline(QPalette::Highlight), kRingWidth));
     painter.setBrush(Qt::NoBrush);
-    painter.drawEllipse(disk);
+    painter.drawEllipse(disk.adjusted(-1, -1, 1, 1));
   }
 
   QFont bold = font();
@@ -63,13 +71,6 @@ void HelpButton::enterEvent(QEnterEvent* event) {
 void HelpButton::leaveEvent(QEvent* event) {
   QAbstractButton::leaveEvent(event);
   update();
-}
-
-void HelpButton::keyPressEvent(QKeyEvent* event) {
-  const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  if (!isReturn) return QAbstractButton::keyPressEvent(event);
-  // As on every other button that has the focus.
-  if (!event->isAutoRepeat()) click();
 }
 
 }  // namespace quillbay::cloud

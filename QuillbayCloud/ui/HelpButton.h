@@ -16,7 +16,10 @@ class HelpButton : public QAbstractButton {
   void paintEvent(QPaintEvent* event) override;
   void enterEvent(QEnterEvent* event) override;
   void leaveEvent(QEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  /// The disk shows that the pointer is over it, and that it is pressed.
+  QPalette::ColorRole diskRole() const;
 };
 
 }  // namespace quillbay::cloud

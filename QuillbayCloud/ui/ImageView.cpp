@@ -1,9 +1,38 @@
 #include <QuillbayCloud/ui/ImageView.h>
 
+#include <QAccessibleWidget>
 #include <QPainter>
 #include <utility>
 
 namespace quillbay::cloud {
+namespace {
+
+class AccessibleImage : public QAccessibleWidget {
+ public:
+  explicit AccessibleImage(ImageView& view)
+      : QAccessibleWidget(&view, QAccessible::Graphic), view_(view) {}
+
+  QString text(QAccessible::Text kind) const override {
+    const QString description = view_.image().text(ImageView::kDescriptionKey);
+    const bool isDescribed = kind == QAccessible::Name && !description.isEmpty();
+    return isDescribed ? description : QAccessibleWidget::text(kind);
+  }
+
+ private:
+  const ImageView& view_;
+};
+
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+  auto* const view = dynamic_cast<ImageView*>(object);
+  return view == nullptr ? nullptr : new AccessibleImage(*view);
+}
+
+}  // namespace
+
+ImageView::ImageView() {
+  // A factory that is there already is not added again.
+  QAccessible::installFactory(makeAccessible);
+}
 
 void ImageView::setImage(QImage image) {
   image_ = std::move(image);

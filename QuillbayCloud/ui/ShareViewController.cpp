@@ -10,12 +10,14 @@
 #include <QuillbayCore/FormSheetContentView.h>
 #include <QuillbayPlatform/ui/Graphemes.h>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -30,13 +32,27 @@ using core::DateExpirationOption;
 
 constexpr qsizetype kMinimumPasswordLength = 4;
 constexpr int kLineHeightPercent = 130;
-constexpr const char* kProductLine = "Quillbay Cloud\n";
+constexpr const char* kProductName = "Quillbay Cloud";
 constexpr const char* kInformationPage = "https://www.quillbay.example/services/quillbay-cloud";
 
 bool isReturn(const QKeyEvent& event) {
-  return (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) &&
-         (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
 }
+
+/// Keeps Return for an open menu. The menu closes while the key is still being offered to it, and a
+/// shortcut of the window behind would take it as well.
+class OpenMenuFilter : public QObject {
+ public:
+  using QObject::QObject;
+
+ protected:
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    if (event->type() != QEvent::ShortcutOverride) return false;
+    const bool isOpen = QApplication::activePopupWidget() != nullptr;
+    if (isOpen && isReturn(*static_cast<QKeyEvent*>(event))) event->accept();
+    return false;
+  }
+};
 
 template <class Values, class Value>
 int indexOrFirst(const Values& values, const Value& value) {
@@ -67,14 +83,15 @@ ShareViewController::ShareViewController(Configuration configuration)
     part->setParent(unloadedParts_.get());
   }
   fillForm();
+  brandingImageView_->setAccessibleName(kProductName);
   headerTextField_->setDocument(*makeHeaderText());
 
   platform::Mnemonics& mnemonics = configurationView_->mnemonics();
   shareButton_->setText(mnemonics.assign(localizedText("share-window.share-button.title")));
   shareButton_->setDefault(true);
   cancelButton_->setText(mnemonics.assign(localizedText("share-window.cancel-button.title")));
-  // Return presses a button that has the focus, as in every dialog.
-  cancelButton_->setAutoDefault(true);
+  // A dialog around would make it the default button while it has the focus.
+  cancelButton_->setAutoDefault(false);
 }
 
 ShareViewController::~ShareViewController() = default;
@@ -91,9 +108,10 @@ std::unique_ptr<QTextDocument> ShareViewController::makeHeaderText() {
   cursor.setBlockFormat(paragraph);
   QTextCharFormat bold;
   bold.setFontWeight(QFont::Bold);
-  cursor.insertText(kProductLine + description, bold);
+  const QString text = kProductName + ('\n' + description);
+  cursor.insertText(text, bold);
 
-  const qsizetype start = (kProductLine + description).indexOf(description);
+  const qsizetype start = text.indexOf(description);
   if (description.isEmpty()) return document;
   cursor.setPosition(static_cast<int>(start));
   cursor.setPosition(static_cast<int>(start + description.size()), QTextCursor::KeepAnchor);
@@ -109,15 +127,32 @@ void ShareViewController::setBrandingImage(QImage image) {
   brandingImageView_->setImage(std::move(image));
 }
 
-void ShareViewController::loadView() { setView(std::make_unique<core::FormSheetContentView>()); }
+void ShareViewController::loadView() {
+  auto view = std::make_unique<core::FormSheetContentView>();
+  for (QWidget* const control :
+       {static_cast<QWidget*>(&configurationView_->linkExpirationButton()),
+        static_cast<QWidget*>(&configurationView_->linkTypeButton()),
+        static_cast<QWidget*>(&configurationView_->generatesLongLinkButton()),
+        static_cast<QWidget*>(cancelButton_), static_cast<QWidget*>(shareButton_)}) {
+    view->addFocusRing(*control);
+  }
+  setView(std::move(view));
+}
 
 void ShareViewController::viewDidLoad() {
   ViewController::viewDidLoad();
-  cancelButton_->installEventFilter(this);
-  shareButton_->installEventFilter(this);
-  connect(helpButton_, &QAbstractButton::clicked, this, [] { didSelectHelpButton(); });
+  connect(helpButton_, &QAbstractButton::clicked, this, [this] {
+    activationGuard().restart();
+    didSelectHelpButton();
+  });
   connect(cancelButton_, &QAbstractButton::clicked, this, [this] { didSelectCancelButton(); });
   connect(shareButton_, &QAbstractButton::clicked, this, [this] { didSelectShareButton(); });
+  for (QAbstractButton* const button : {helpButton_, static_cast<QAbstractButton*>(cancelButton_),
+                                        static_cast<QAbstractButton*>(shareButton_)}) {
+    button->installEventFilter(&activationGuard());
+  }
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) addShareShortcut(key);
+  qApp->installEventFilter(new OpenMenuFilter(&view()));
 
   new ShareSheetLayout(view(), {*headerTextField_, *brandingImageView_, *configurationView_,
                                 *helpButton_, *cancelButton_, *shareButton_});
@@ -125,6 +160,15 @@ void ShareViewController::viewDidLoad() {
   QWidget::setTabOrder(&configurationView_->generatesLongLinkButton(), helpButton_);
   QWidget::setTabOrder(helpButton_, cancelButton_);
   QWidget::setTabOrder(cancelButton_, shareButton_);
+}
+
+void ShareViewController::addShareShortcut(Qt::Key key) {
+  // A shortcut comes before the control that has the focus, wherever in the window that is.
+  auto* const shortcut = new QShortcut(key, &view());
+  shortcut->setAutoRepeat(false);
+  connect(shortcut, &QShortcut::activated, this, [this] {
+    if (activationGuard().isOpen()) shareButton_->click();
+  });
 }
 
 void ShareViewController::viewDidAppear() {
@@ -138,18 +182,11 @@ void ShareViewController::viewDidAppear() {
 void ShareViewController::cancelOperation() { cancel(); }
 
 bool ShareViewController::performKeyEquivalent(const QKeyEvent& event) {
-  if (!isReturn(event)) return false;
-  if (!event.isAutoRepeat()) shareButton_->click();
+  // An open menu has used it; a dialog around must not press its default button too.
+  if (isReturn(event)) return true;
+  if (!event.matches(QKeySequence::HelpContents)) return false;
+  if (!event.isAutoRepeat()) didSelectHelpButton();
   return true;
-}
-
-bool ShareViewController::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::KeyPress && (watched == cancelButton_ || watched == shareButton_)) {
-    // Such a button takes every repetition for another click.
-    const auto& key = *static_cast<QKeyEvent*>(event);
-    if (key.isAutoRepeat() && isReturn(key)) return true;
-  }
-  return ViewController::eventFilter(watched, event);
 }
 
 void ShareViewController::didSelectCancelButton() { cancel(); }
@@ -161,11 +198,13 @@ void ShareViewController::didSelectHelpButton() {
 }
 
 void ShareViewController::cancel() {
+  activationGuard().restart();
   // A copy: the callback may set another, or release this object and the callback with it.
   if (const OnCancel callback = onCancel_) callback();
 }
 
 void ShareViewController::confirm() {
+  activationGuard().restart();
   const std::optional<std::string> password = configurationView_->password();
   if (password && !password->empty() &&
       platform::graphemeCount(QString::fromStdString(*password)) < kMinimumPasswordLength) {
@@ -185,6 +224,9 @@ void ShareViewController::showInvalidPasswordAlert() {
   alert->setText(localizedText("alert.invalid-password.title"));
   alert->setInformativeText(localizedText("alert.invalid-password.message"));
   alert->setWindowModality(Qt::WindowModal);
+  auto* const guard = new platform::ActivationGuard(alert);
+  guard->restart();
+  for (QAbstractButton* const button : alert->buttons()) button->installEventFilter(guard);
   alert->open();
 }
 
@@ -192,6 +234,7 @@ void ShareViewController::fillForm() {
   SessionConfigurationView& form = *configurationView_;
   const SessionConfiguration& values = configuration_.sessionConfiguration();
   form.imageView().setImage(configuration_.contentPreview());
+  form.imageView().setAccessibleName(kProductName);
   form.titleTextField().setText(QString::fromStdString(values.title().value_or("")));
   form.passwordTextField().setText(QString::fromStdString(values.password().value_or("")));
   form.linkTypeButton().setCurrentIndex(indexOrFirst(SessionLinkType::allCases, values.linkType()));

@@ -21,8 +21,13 @@ class SessionConfigurationView;
 /// buttons and a help button that opens the service's information page. It starts no upload and
 /// never dismisses itself: the host shows `view()` where it likes, and takes it away.
 ///
-/// Return presses Share, Escape cancels. A password of one to three characters (grapheme clusters,
-/// Unicode Standard Annex #29) is refused with an alert, and nothing is reported.
+/// Return presses Share wherever in the window the focus is, as long as the sheet is visible and no
+/// menu or dialog is open in front; only a text of several lines keeps Return for itself. Space
+/// presses the button that has the focus, Escape cancels, F1 is help. The user's actions count only
+/// some time after the sheet has appeared, and after the action before (see
+/// `platform::ActivationGuard`): a double click is one. A password of one to three characters
+/// (grapheme clusters, Unicode Standard Annex #29) is refused with an alert, and nothing is
+/// reported.
 ///
 /// Main thread only, with a running QApplication. Callbacks are called directly from the user's
 /// action, and may release the controller; see `platform::ViewController` for its lifetime. Their
@@ -33,7 +38,8 @@ class ShareViewController : public platform::ViewController {
   class Configuration {
    public:
     /// `sessionConfiguration` fills the form; an expiration becomes the nearest choice there is.
-    /// `contentPreview` is shown beside the form, at most 80 by 80 device-independent pixels.
+    /// `contentPreview` is shown beside the form, at most 80 by 80 device-independent pixels. Its
+    /// text "Description" (`QImage::setText`), if there is one, is its name for screen readers.
     Configuration(SessionConfiguration sessionConfiguration, QImage contentPreview)
         : sessionConfiguration_(std::move(sessionConfiguration)),
           contentPreview_(std::move(contentPreview)) {}
@@ -89,12 +95,10 @@ class ShareViewController : public platform::ViewController {
   QPushButton& shareButton() const { return *shareButton_; }
   ImageView& brandingImageView() const { return *brandingImageView_; }
 
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
-
  private:
   explicit ShareViewController(Configuration configuration);
 
+  void addShareShortcut(Qt::Key key);
   void fillForm();
   SessionConfiguration readForm() const;
   void confirm();

@@ -7,6 +7,7 @@ namespace quillbay::platform {
 
 ViewController::~ViewController() {
   if (!view_) return;
+  view_->window()->removeEventFilter(this);
   view_->removeEventFilter(this);
   // A button of the view may be the one that has just called.
   view_->hide();
@@ -29,17 +30,27 @@ void ViewController::setView(std::unique_ptr<QWidget> view) {
 void ViewController::loadView() { setView(std::make_unique<QWidget>()); }
 
 bool ViewController::eventFilter(QObject* watched, QEvent* event) {
+  if (!view_) return false;
+  // A dialog in front has gone: the second click on its button lands here.
+  const bool isUncovered = event->type() == QEvent::WindowUnblocked;
+  if (isUncovered && watched == view_->window()) activationGuard_.restart();
   if (watched != view_) return false;
-  if (event->type() == QEvent::Show && !event->spontaneous()) viewDidAppear();
+  if (event->type() == QEvent::Show && !event->spontaneous()) appear();
   // Keys come here only when the control with the focus has left them.
   if (event->type() == QEvent::KeyPress) return keyPressed(*static_cast<QKeyEvent*>(event));
   return false;
 }
 
+void ViewController::appear() {
+  view_->window()->installEventFilter(this);
+  activationGuard_.restart();
+  viewDidAppear();
+}
+
 bool ViewController::keyPressed(const QKeyEvent& event) {
   if (!event.matches(QKeySequence::Cancel)) return performKeyEquivalent(event);
   // Holding the key down is one wish, not many; and a window around must not take the rest for one.
-  if (!event.isAutoRepeat()) cancelOperation();
+  if (!event.isAutoRepeat() && activationGuard_.isOpen()) cancelOperation();
   return true;
 }
 

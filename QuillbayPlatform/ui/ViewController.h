@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/ui/ActivationGuard.h>
+
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
@@ -12,9 +14,9 @@ namespace quillbay::platform {
 /// Runs one view: builds it when it is first asked for, and learns when it appears and what keys
 /// nothing in it has used. Main thread only.
 ///
-/// Lifetime: the view belongs to the controller, also while it stands in a window of the host. Let
-/// the controller go before that window. It may be released inside any of its own callbacks: its
-/// view is hidden at once and destroyed in the next turn of the event loop.
+/// Lifetime: the view belongs to the controller, also while it is shown in a window of the host.
+/// Let the controller go before that window. It may be released inside any of its own callbacks:
+/// its view is hidden at once and destroyed in the next turn of the event loop.
 class ViewController : public QObject {
  public:
   ViewController(const ViewController&) = delete;
@@ -34,7 +36,8 @@ class ViewController : public QObject {
   virtual void viewDidLoad() {}
   /// Called each time the view has been shown by the program.
   virtual void viewDidAppear() {}
-  /// Called for Escape, where no control has used it.
+  /// Called for Escape, where no control has used it, and not right after the view has appeared
+  /// (see `activationGuard`).
   virtual void cancelOperation() {}
   /// Called for every other key that no control has used, again and again while it is held down.
   /// Returns whether it was of use here.
@@ -43,11 +46,16 @@ class ViewController : public QObject {
  protected:
   ViewController() = default;
 
+  /// Closed when the view has been shown, and when a dialog in front of it has gone.
+  ActivationGuard& activationGuard() { return activationGuard_; }
+
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void appear();
   bool keyPressed(const QKeyEvent& event);
 
+  ActivationGuard activationGuard_;
   QPointer<QWidget> view_;
 };
 

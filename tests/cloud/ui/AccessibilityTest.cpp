@@ -1,7 +1,9 @@
+#include <QuillbayCloud/ui/ImageView.h>
 #include <QuillbayPlatform/StringTable.h>
 
 #include <QAccessible>
 #include <QApplication>
+#include <QCheckBox>
 
 #include "ShareSheetTest.h"
 
@@ -44,10 +46,14 @@ TEST_F(AccessibilityTest, EveryControlHasANameAndEveryRowItsLabel) {
   }
 }
 
-TEST_F(AccessibilityTest, ThePasswordTellsItsRuleBeforeItIsBroken) {
-  const QString rule = localizedText("alert.invalid-password.message");
-  EXPECT_EQ(form().passwordTextField().toolTip(), rule);
-  EXPECT_EQ(spoken(form().passwordTextField(), QAccessible::Description), rule);
+TEST_F(AccessibilityTest, ThePreviewIsAGraphicNamedByItsDescription) {
+  ImageView& preview = form().imageView();
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(&preview)->role(), QAccessible::Graphic);
+  EXPECT_EQ(spoken(preview, QAccessible::Name), "Quillbay Cloud");
+  QImage image(1, 1, QImage::Format_RGB32);
+  image.setText("Description", "A lake");
+  preview.setImage(image);
+  EXPECT_EQ(spoken(preview, QAccessible::Name), "A lake");
 }
 
 TEST_F(AccessibilityTest, TabGoesThroughAllEnabledControlsInOrderAndBack) {
@@ -55,10 +61,7 @@ TEST_F(AccessibilityTest, TabGoesThroughAllEnabledControlsInOrderAndBack) {
     SCOPED_TRACE(linkType);
     create(linkWith(linkType));
     show();
-    QList<QWidget*> order = {&form().titleTextField(),          &form().passwordTextField(),
-                             &form().linkExpirationButton(),    &form().linkTypeButton(),
-                             &form().generatesLongLinkButton(), &controller_->helpButton(),
-                             &controller_->cancelButton(),      &controller_->shareButton()};
+    QList<QWidget*> order = formControls() + buttons();
     order.removeIf([](const QWidget* control) { return !control->isEnabled(); });
     EXPECT_EQ(QSet<QWidget*>(order.begin(), order.end()), enabledControls());
 
@@ -82,15 +85,15 @@ TEST_F(AccessibilityTest, EveryLetterLeadsToOneControlAlone) {
     show();
     for (int row = 0; row < 4; ++row) {
       controller_->shareButton().setFocus();
-      pressMnemonic(form().label(row).text());
+      test::pressMnemonic(form().label(row).text());
       EXPECT_TRUE(cell(row, 1).hasFocus()) << row;
     }
-    pressMnemonic(form().generatesLongLinkButton().text());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return form().generatesLongLinkButton().isChecked(); }));
-    pressMnemonic(controller_->cancelButton().text());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return cancelCount_ == 1; }));
-    pressMnemonic(controller_->shareButton().text());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return confirmed_.size() == 1; }));
+    test::pressMnemonic(form().generatesLongLinkButton().text());
+    EXPECT_TRUE(test::waitUntil([&] { return form().generatesLongLinkButton().isChecked(); }));
+    test::pressMnemonic(controller_->cancelButton().text());
+    EXPECT_TRUE(test::waitUntil([&] { return cancelCount_ == 1; }));
+    test::pressMnemonic(controller_->shareButton().text());
+    EXPECT_TRUE(test::waitUntil([&] { return confirmed_.size() == 1; }));
   }
 }
 

@@ -2,11 +2,13 @@
 #include <QuillbayPlatform/StringTable.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
-#include <QGraphicsOpacityEffect>
+#include <QHash>
 #include <QInputMethodEvent>
 #include <QVBoxLayout>
 
+#include "Pixels.h"
 #include "ShareSheetTest.h"
 
 namespace quillbay::cloud {
@@ -28,9 +30,28 @@ void commit(QLineEdit& field, const QString& text) {
   QApplication::sendEvent(&field, &event);
 }
 
-double opacity(const QWidget& widget) {
-  const auto* const effect = qobject_cast<QGraphicsOpacityEffect*>(widget.graphicsEffect());
-  return effect == nullptr || !effect->isEnabled() ? 1 : effect->opacity();
+void scroll(QWidget& widget) {
+  const QPointF middle = widget.rect().center();
+  QWheelEvent event(middle, widget.mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, {},
+                    Qt::NoScrollPhase, false);
+  QApplication::sendEvent(&widget, &event);
+}
+
+QStringList items(const QComboBox& menu) {
+  QStringList texts;
+  for (int index = 0; index < menu.count(); ++index) texts << menu.itemText(index);
+  return texts;
+}
+
+/// Whether `dimmed` is `image` with 40 % of its distance from the ground left.
+bool isDimmed(const QImage& dimmed, const QImage& image, const QColor& ground) {
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      const int expected = ground.red() + ((image.pixelColor(x, y).red() - ground.red()) * 2 / 5);
+      if (qAbs(dimmed.pixelColor(x, y).red() - expected) > 3) return false;
+    }
+  }
+  return true;
 }
 
 class SessionConfigurationViewTest : public ShareSheetTest {
@@ -76,33 +97,70 @@ TEST_F(SessionConfigurationViewTest, TheThirtyFirstCharacterIsCutHoweverItComes)
   }
 }
 
-TEST_F(SessionConfigurationViewTest, TheCutLeavesTheCursorAndCanBeUndone) {
+TEST_F(SessionConfigurationViewTest, TheCutLeavesTheCursorAndCanBeUndoneAndRedone) {
   show();
   QLineEdit& field = form().titleTextField();
   paste(field, kThirty);
   field.setCursorPosition(2);
   type(field, "X");
   EXPECT_EQ(field.cursorPosition(), 3);
-  QTest::keySequence(&field, QKeySequence::Undo);
-  EXPECT_EQ(field.text(), kThirty);
+  const QString cut = field.text();
+  for (int round = 0; round < 2; ++round) {
+    QTest::keySequence(&field, QKeySequence::Undo);
+    EXPECT_EQ(field.text(), kThirty);
+    QTest::keySequence(&field, QKeySequence::Redo);
+    EXPECT_EQ(field.text(), cut);
+  }
 }
 
-TEST_F(SessionConfigurationViewTest, ADirectLinkDimsAndDisablesWhatItDoesNotHave) {
+TEST_F(SessionConfigurationViewTest, AFrameIsAroundTheFormAndNoneAroundItsFields) {
   show();
-  for (const auto linkType : {SessionLinkType::directLink, SessionLinkType::directDownload}) {
+  EXPECT_GT(test::contrastIn(test::pixelsOf(form()).copy(0, 0, 2, form().height())), 1.1);
+  for (QLineEdit* const field : form().findChildren<QLineEdit*>()) {
+    EXPECT_EQ(field->placeholderText(), "Optional");
+    field->setPlaceholderText("");
+    field->clearFocus();
+    EXPECT_EQ(test::contrastIn(test::pixelsOf(*field)), 1);
+  }
+}
+
+TEST_F(SessionConfigurationViewTest, TheMenusOfferTheirChoicesAndDoNotChangeByScrollingOverThem) {
+  show();
+  EXPECT_EQ(items(form().linkExpirationButton()),
+            QStringList(
+                {"30 minutes", "2 hours", "24 hours", "7 days", "30 days", "12 months", "Never"}));
+  EXPECT_EQ(items(form().linkTypeButton()), QStringList({"Page", "Download", "Direct link"}));
+  for (QComboBox* const menu : form().findChildren<QComboBox*>()) {
+    menu->setCurrentIndex(1);
+    scroll(*menu);
+    EXPECT_EQ(menu->currentIndex(), 1);
+    EXPECT_EQ(menu->focusPolicy(), Qt::StrongFocus) << "no focus from the wheel";
+  }
+}
+
+TEST_F(SessionConfigurationViewTest, ADirectLinkDimsOnceAndDisablesWhatItDoesNotHave) {
+  show({"Holiday", std::nullopt, SessionLinkType::page, std::nullopt, true});
+  QHash<const QWidget*, QImage> images;
+  for (const auto linkType : {SessionLinkType::directDownload, SessionLinkType::directLink,
+                              SessionLinkType::directDownload}) {
     choose(linkType);
     for (int row = 0; row < 5; ++row) {
-      const bool isDimmed = linkType == SessionLinkType::directLink && (row < 2 || row == 4);
+      const bool isWithout = linkType == SessionLinkType::directLink && (row < 2 || row == 4);
       for (int column = row == 4 ? 1 : 0; column < 2; ++column) {
         SCOPED_TRACE(testing::Message() << linkType << ", row " << row << ", column " << column);
-        EXPECT_EQ(opacity(cell(row, column)), isDimmed ? 0.4 : 1.0);
-        EXPECT_EQ(cell(row, column).isEnabled(), !isDimmed);
+        const QWidget& part = cell(row, column);
+        EXPECT_EQ(part.isEnabled(), !isWithout);
+        if (&part == &form().linkTypeButton()) continue;
+        const QImage image = test::pixelsOf(part);
+        if (!images.contains(&part)) images.insert(&part, image);
+        const QColor ground = form().palette().color(QPalette::Window);
+        EXPECT_TRUE(isWithout ? isDimmed(image, images[&part], ground) : image == images[&part]);
       }
     }
   }
 }
 
-TEST(SessionConfigurationView, ThePasswordTakesTheFocusOnlyWhenALinkCanHaveOne) {
+TEST_F(SessionConfigurationViewTest, ThePasswordTakesTheFocusOnlyWhenALinkCanHaveOne) {
   struct State {
     const char* name;
     bool hasAppeared;
@@ -115,25 +173,26 @@ TEST(SessionConfigurationView, ThePasswordTakesTheFocusOnlyWhenALinkCanHaveOne) 
       {"direct link", true, SessionLinkType::directLink, false},
       {"download after a direct link", true, SessionLinkType::directDownload, true},
   };
-  SessionConfigurationView form;
+  SessionConfigurationView alone;
   const std::pair<const char*, std::function<void()>> ways[] = {
-      {"click", [&] { click(form.passwordTextField()); }},
+      {"click", [&] { click(alone.passwordTextField()); }},
       {"Shift+Tab", [&] { press(Qt::Key_Backtab, Qt::ShiftModifier); }},
-      {"mnemonic", [&] { pressMnemonic(form.label(1).text()); }},
+      {"mnemonic", [&] { test::pressMnemonic(alone.label(1).text()); }},
   };
-  form.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+  test::showActive(alone);
   for (const State& state : states) {
     SCOPED_TRACE(state.name);
-    form.linkTypeButton().setCurrentIndex(state.linkType);
-    if (state.hasAppeared) form.didAppear();
+    alone.linkTypeButton().setCurrentIndex(state.linkType);
+    const bool wasEnabled = alone.passwordTextField().isEnabled();
+    if (state.hasAppeared) alone.didAppear();
+    EXPECT_EQ(alone.passwordTextField().isEnabled(), wasEnabled) << "in the next turn only";
     processEvents();
     for (const auto& [name, tryToFocus] : ways) {
-      form.linkExpirationButton().setFocus();
+      alone.linkExpirationButton().setFocus();
       tryToFocus();
-      EXPECT_EQ(form.passwordTextField().hasFocus(), state.takesFocus) << name;
+      EXPECT_EQ(alone.passwordTextField().hasFocus(), state.takesFocus) << name;
     }
-    EXPECT_EQ(form.passwordTextField().isEnabled(), state.takesFocus || !state.hasAppeared);
+    EXPECT_EQ(alone.passwordTextField().isEnabled(), state.takesFocus || !state.hasAppeared);
   }
 }
 

@@ -2,6 +2,7 @@
 #include <QuillbayCloud/ui/ImageView.h>
 #include <QuillbayPlatform/StringTable.h>
 
+#include <QCheckBox>
 #include <QStyle>
 #include <QTextDocument>
 

@@ -1,54 +1,19 @@
 #include "ShareSheetTest.h"
 
-#include <QuillbayCloud/ui/Localized.h>
-#include <QuillbayPlatform/StringTable.h>
-
-#include <QApplication>
+#include <QCheckBox>
 #include <QVBoxLayout>
 
 namespace quillbay::cloud {
-
-void processEvents() {
-  QApplication::processEvents();
-  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  QApplication::processEvents();
-}
-
-void press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
-  QTest::keyClick(static_cast<QWidget*>(nullptr), key, modifiers);
-  processEvents();
-}
-
-void repeat(Qt::Key key) {
-  QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, {}, true);
-  QApplication::sendEvent(QApplication::focusWidget(), &event);
-  processEvents();
-}
-
-void pressMnemonic(const QString& text) {
-  const QKeyCombination keys = QKeySequence::mnemonic(text)[0];
-  press(keys.key(), keys.keyboardModifiers());
-}
-
-void click(QWidget& widget) {
-  QTest::mouseClick(widget.window()->windowHandle(), Qt::LeftButton, {},
-                    widget.mapTo(widget.window(), widget.rect().center()));
-  processEvents();
-}
 
 SessionConfiguration linkWith(SessionLinkType linkType, std::optional<std::string> password) {
   return {std::nullopt, std::nullopt, linkType, std::move(password), false};
 }
 
-ShareSheetTest::ShareSheetTest() : window_(std::make_unique<QDialog>()) {
-  platform::setPreferredLanguages({"en"});
-}
+ShareSheetTest::ShareSheetTest() : window_(std::make_unique<QDialog>()) {}
 
 ShareSheetTest::~ShareSheetTest() {
   controller_.reset();
   window_.reset();
-  processEvents();
-  platform::setPreferredLanguages({});
 }
 
 void ShareSheetTest::create(const SessionConfiguration& configuration) {
@@ -62,11 +27,7 @@ void ShareSheetTest::create(const SessionConfiguration& configuration) {
 void ShareSheetTest::show() const {
   if (window_->layout() == nullptr) (new QVBoxLayout(window_.get()))->setContentsMargins({});
   window_->layout()->addWidget(&controller_->view());
-  window_->show();
-  // There is no window manager to do it.
-  window_->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
-  processEvents();
+  test::showActive(*window_);
 }
 
 void ShareSheetTest::choose(SessionLinkType linkType) const {
@@ -75,8 +36,13 @@ void ShareSheetTest::choose(SessionLinkType linkType) const {
   for (int index = 0; index < linkType; ++index) press(Qt::Key_Down);
 }
 
-QMessageBox* ShareSheetTest::alert() {
-  return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+QList<QWidget*> ShareSheetTest::formControls() const {
+  return {&form().titleTextField(), &form().passwordTextField(), &form().linkExpirationButton(),
+          &form().linkTypeButton(), &form().generatesLongLinkButton()};
+}
+
+QList<QWidget*> ShareSheetTest::buttons() const {
+  return {&controller_->helpButton(), &controller_->cancelButton(), &controller_->shareButton()};
 }
 
 }  // namespace quillbay::cloud

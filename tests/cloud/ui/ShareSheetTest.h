@@ -4,41 +4,30 @@
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCloud/ui/ShareViewController.h>
-#include <gtest/gtest.h>
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QTest>
 #include <memory>
 #include <vector>
 
-inline void PrintTo(const QString& text, std::ostream* stream) { *stream << text.toStdString(); }
+#include "UITest.h"
 
 namespace quillbay::cloud {
 
-/// Runs the event loop until all that is pending, deletions included, has happened.
-void processEvents();
-
-/// A key as the keyboard sends it: to whatever has the focus, or to the popup in front.
-void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
-/// What the keyboard sends on while the key stays down.
-void repeat(Qt::Key key);
-/// Alt and the letter that is underlined in `text`.
-void pressMnemonic(const QString& text);
-/// With the mouse, in the middle.
-void click(QWidget& widget);
+using test::click;
+using test::message;
+using test::press;
+using test::processEvents;
 
 SessionConfiguration linkWith(SessionLinkType linkType,
                               std::optional<std::string> password = std::nullopt);
 
 /// The sheet in a dialog of the host: the window that most wants Return and Escape for itself.
-class ShareSheetTest : public testing::Test {
+class ShareSheetTest : public test::UITest {
  protected:
   ShareSheetTest();
   ~ShareSheetTest() override;
@@ -54,7 +43,10 @@ class ShareSheetTest : public testing::Test {
   }
   /// With the keyboard.
   void choose(SessionLinkType linkType) const;
-  static QMessageBox* alert();
+  /// The controls of the form in the order of the keyboard.
+  QList<QWidget*> formControls() const;
+  /// The buttons below the form.
+  QList<QWidget*> buttons() const;
 
   std::unique_ptr<QWidget> window_;
   std::shared_ptr<ShareViewController> controller_;

@@ -2,7 +2,10 @@
 #include <QuillbayCore/DateExpirationOption.h>
 
 #include <QAbstractItemView>
+#include <QCheckBox>
 #include <QDesktopServices>
+#include <QPlainTextEdit>
+#include <QStyleHints>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QUrl>
@@ -17,6 +20,7 @@ using namespace std::chrono_literals;
 using core::DateExpirationOption;
 using platform::Date;
 
+constexpr int kEndless = 3'600'000;
 const std::string kFamily = "👨\u200D👩\u200D👧\u200D👦";
 
 Date now() { return Date(std::chrono::system_clock::now()); }
@@ -37,17 +41,21 @@ class ShareViewControllerTest : public ShareSheetTest {
  protected:
   ShareViewControllerTest() { create(); }
 
-  QList<QWidget*> formControls() const {
-    return {&form().titleTextField(), &form().passwordTextField(), &form().linkExpirationButton(),
-            &form().linkTypeButton(), &form().generatesLongLinkButton()};
+  static void setDoubleClickInterval(int milliseconds) {
+    QGuiApplication::styleHints()->setMouseDoubleClickInterval(milliseconds);
   }
 
-  /// How often what has been called.
+  void forgetCalls() {
+    browser_.opened.clear();
+    cancelCount_ = 0;
+    confirmed_.clear();
+  }
+  /// How often help, Cancel and Share have been called.
   std::vector<qsizetype> calls() const {
     return {browser_.opened.size(), cancelCount_, std::ssize(confirmed_)};
   }
 
-  const Browser browser_;
+  Browser browser_;
 };
 
 TEST_F(ShareViewControllerTest, TheFormShowsAConfigurationAndReportsIt) {
@@ -119,81 +127,136 @@ TEST_F(ShareViewControllerTest, APasswordOfOneToThreeCharactersIsRefusedWithAnAl
     show();
     click(controller_->shareButton());
     EXPECT_EQ(confirmed_.size(), row.isAccepted ? 1U : 0U);
-    ASSERT_EQ(alert() == nullptr, row.isAccepted);
+    ASSERT_EQ(message() == nullptr, row.isAccepted);
     if (row.isAccepted) continue;
-    EXPECT_EQ(alert()->text(), localizedText("alert.invalid-password.title"));
-    EXPECT_EQ(alert()->informativeText(), localizedText("alert.invalid-password.message"));
-    EXPECT_EQ(alert()->standardButtons(), QMessageBox::Ok);
-    EXPECT_EQ(alert()->parentWidget(), window_.get());
+    EXPECT_EQ(message()->text(), localizedText("alert.invalid-password.title"));
+    EXPECT_EQ(message()->informativeText(), localizedText("alert.invalid-password.message"));
+    EXPECT_EQ(message()->standardButtons(), QMessageBox::Ok);
+    EXPECT_EQ(message()->parentWidget(), window_.get());
     press(Qt::Key_Return);
-    EXPECT_EQ(alert(), nullptr);
+    EXPECT_EQ(message(), nullptr);
     EXPECT_EQ(controller_->sessionConfiguration(), given);
     EXPECT_EQ(form().passwordTextField().text().toStdString(), row.password);
     EXPECT_TRUE(controller_->view().isVisible());
   }
 }
 
-TEST_F(ShareViewControllerTest, AKeyInAnyControlOfTheFormCallsOnceHoweverLongItIsHeld) {
+TEST_F(ShareViewControllerTest, AKeyCallsOnceWhereverTheFocusIsAndHoweverLongItIsHeld) {
+  auto* const buttonOfHost = new QPushButton("Add Files", window_.get());
+  show();
+  const QList<QWidget*> inside = formControls() + buttons();
   struct Row {
     const char* name;
     Qt::Key key;
+    QList<QWidget*> controls;
     std::vector<qsizetype> calls;
   };
-  show();
-  for (const Row& row :
-       {Row{"Return", Qt::Key_Return, {0, 0, 1}}, Row{"Enter", Qt::Key_Enter, {0, 0, 1}},
-        Row{"Escape", Qt::Key_Escape, {0, 1, 0}}}) {
-    for (QWidget* const control : formControls()) {
+  const Row rows[] = {
+      {"Return", Qt::Key_Return, inside + QList<QWidget*>{buttonOfHost}, {0, 0, 1}},
+      {"Enter", Qt::Key_Enter, inside + QList<QWidget*>{buttonOfHost}, {0, 0, 1}},
+      {"Escape", Qt::Key_Escape, inside, {0, 1, 0}},
+      {"F1", Qt::Key_F1, inside, {1, 0, 0}},
+      {"Space", Qt::Key_Space, buttons().sliced(1, 1), {0, 1, 0}},
+      {"Space", Qt::Key_Space, buttons().last(1), {0, 0, 1}},
+      {"Space", Qt::Key_Space, buttons().first(1), {1, 0, 0}},
+  };
+  for (const Row& row : rows) {
+    for (QWidget* const control : row.controls) {
       SCOPED_TRACE(testing::Message() << row.name << " in " << control->metaObject()->className());
-      confirmed_.clear();
-      cancelCount_ = 0;
+      forgetCalls();
       control->setFocus();
-      press(row.key);
+      press(row.key, row.key == Qt::Key_Enter ? Qt::KeypadModifier : Qt::NoModifier);
       EXPECT_EQ(calls(), row.calls);
-      repeat(row.key);
+      test::repeat(row.key);
       EXPECT_EQ(calls(), row.calls) << "held down";
       ASSERT_TRUE(window_->isVisible()) << "that is for the host to do";
     }
   }
-}
-
-TEST_F(ShareViewControllerTest, AButtonCallsOnceHoweverItIsPressed) {
-  struct Row {
-    const char* name;
-    QWidget& button;
-    std::vector<qsizetype> calls;
-  };
-  show();
-  const Row rows[] = {
-      {"help", controller_->helpButton(), {1, 0, 0}},
-      {"Cancel", controller_->cancelButton(), {1, 1, 0}},
-      {"Share", controller_->shareButton(), {1, 1, 1}},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    row.button.setFocus();
-    press(Qt::Key_Return);
-    EXPECT_EQ(calls(), row.calls);
-    repeat(Qt::Key_Return);
-    EXPECT_EQ(calls(), row.calls) << "held down";
-  }
-  for (const Row& row : rows) {
-    click(row.button);
-    press(Qt::Key_Space);
-  }
-  EXPECT_EQ(calls(), (std::vector<qsizetype>{3, 3, 3}));
   EXPECT_EQ(browser_.opened[0], "https://www.quillbay.example/services/quillbay-cloud");
 }
 
-TEST_F(ShareViewControllerTest, EscapeInAnOpenMenuClosesTheMenuAlone) {
+TEST_F(ShareViewControllerTest, ReturnInAnOpenMenuAndInATextOfSeveralLinesIsTheirs) {
+  auto* const textOfHost = new QPlainTextEdit(window_.get());
   show();
-  for (QComboBox* const menu : form().findChildren<QComboBox*>()) {
-    menu->setFocus();
+  QComboBox& menu = form().linkTypeButton();
+  menu.setFocus();
+  press(Qt::Key_Space);
+  ASSERT_TRUE(test::waitUntil([&] { return menu.view()->isVisible(); }));
+  press(Qt::Key_Down);
+  press(Qt::Key_Return);
+  EXPECT_EQ(menu.currentIndex(), 1);
+  EXPECT_FALSE(menu.view()->isVisible());
+  textOfHost->setFocus();
+  press(Qt::Key_Return);
+  EXPECT_EQ(textOfHost->toPlainText(), "\n");
+  EXPECT_EQ(calls(), (std::vector<qsizetype>{0, 0, 0}));
+}
+
+TEST_F(ShareViewControllerTest, ADoubleClickIsOneActionAndNoneOnWhatHasJustAppeared) {
+  const auto spaceOn = [](QWidget& button) {
+    button.setFocus();
     press(Qt::Key_Space);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return menu->view()->isVisible(); }));
-    press(Qt::Key_Escape);
-    EXPECT_FALSE(menu->view()->isVisible());
-    EXPECT_EQ(cancelCount_, 0);
+  };
+  const std::pair<const char*, std::function<void()>> rows[] = {
+      {"Return", [] { press(Qt::Key_Return); }},
+      {"Escape", [] { press(Qt::Key_Escape); }},
+      {"a click on help", [&] { click(controller_->helpButton()); }},
+      {"a click on Cancel", [&] { click(controller_->cancelButton()); }},
+      {"a click on Share", [&] { click(controller_->shareButton()); }},
+      {"Space on Share", [&] { spaceOn(controller_->shareButton()); }},
+  };
+  for (const auto& [name, act] : rows) {
+    SCOPED_TRACE(name);
+    create();
+    forgetCalls();
+    setDoubleClickInterval(kEndless);
+    show();
+    act();
+    EXPECT_THAT(calls(), testing::Each(0)) << "of the gesture before";
+    setDoubleClickInterval(0);
+    act();
+    setDoubleClickInterval(kEndless);
+    act();
+    EXPECT_THAT(calls(), testing::UnorderedElementsAre(0, 0, 1));
+  }
+}
+
+TEST_F(ShareViewControllerTest, AQuickOrHeldReturnDoesNotDismissTheAlertUnread) {
+  create(linkWith(SessionLinkType::page, "abc"));
+  show();
+  setDoubleClickInterval(kEndless);
+  controller_->didSelectShareButton();
+  ASSERT_NE(message(), nullptr);
+  press(Qt::Key_Return);
+  click(*message()->button(QMessageBox::Ok));
+  EXPECT_NE(message(), nullptr);
+  setDoubleClickInterval(0);
+  test::repeat(Qt::Key_Return);
+  EXPECT_NE(message(), nullptr);
+  press(Qt::Key_Return);
+  EXPECT_EQ(message(), nullptr);
+}
+
+TEST_F(ShareViewControllerTest, WithoutAWindowThereIsNoAlert) {
+  create(linkWith(SessionLinkType::page, "abc"));
+  controller_->didSelectShareButton();
+  processEvents();
+  EXPECT_EQ(message(), nullptr);
+  EXPECT_TRUE(confirmed_.empty());
+}
+
+TEST_F(ShareViewControllerTest, TheHeaderIsAProductNameInBoldAboveACentredDescription) {
+  QTextDocument header;
+  header.setHtml(controller_->headerTextField().text());
+  EXPECT_EQ(header.toPlainText(), "Quillbay Cloud\n" + localizedText("share-window.description"));
+  for (QTextBlock line = header.begin(); line.isValid(); line = line.next()) {
+    SCOPED_TRACE(line.text().toStdString());
+    EXPECT_EQ(line.blockFormat().alignment(), Qt::AlignHCenter);
+    EXPECT_EQ(line.blockFormat().lineHeight(), 130);
+    EXPECT_EQ(line.blockFormat().lineHeightType(), QTextBlockFormat::ProportionalHeight);
+    const QTextCharFormat letters = line.begin().fragment().charFormat();
+    EXPECT_EQ(letters.fontWeight(), line == header.begin() ? QFont::Bold : QFont::Normal);
+    EXPECT_FALSE(letters.hasProperty(QTextFormat::ForegroundBrush)) << "the label's own colour";
   }
 }
 
@@ -218,7 +281,7 @@ TEST_F(ShareViewControllerTest, ACallbackMayReleaseTheController) {
   const std::pair<const char*, std::function<void()>> rows[] = {
       {"Return in a field", [&] { press(Qt::Key_Return); }},
       {"Share", [&] { click(controller_->shareButton()); }},
-      {"Share by its letter", [&] { pressMnemonic(controller_->shareButton().text()); }},
+      {"Share by its letter", [&] { test::pressMnemonic(controller_->shareButton().text()); }},
       {"Escape", [&] { press(Qt::Key_Escape); }},
       {"Cancel", [&] { click(controller_->cancelButton()); }},
   };
@@ -238,7 +301,7 @@ TEST_F(ShareViewControllerTest, ACallbackMayReleaseTheController) {
     });
     controller_->setOnCancel(release);
     act();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return *count == 1; }));
+    EXPECT_TRUE(test::waitUntil([&] { return *count == 1; }));
     processEvents();
     EXPECT_TRUE(window_->findChildren<QPushButton*>().isEmpty()) << "the view goes with it";
     EXPECT_TRUE(window_->isVisible());
@@ -263,9 +326,9 @@ TEST_F(ShareViewControllerTest, MayBeReleasedInEveryPhase) {
     controller_.reset();
     processEvents();
   }
-  ASSERT_NE(alert(), nullptr);
+  ASSERT_NE(message(), nullptr);
   press(Qt::Key_Return);
-  EXPECT_EQ(alert(), nullptr);
+  EXPECT_EQ(message(), nullptr);
 }
 
 }  // namespace
