@@ -4,7 +4,6 @@
 #include <QCheckBox>
 #include <QStyle>
 
-#include "Pixels.h"
 #include "ShareSheetTest.h"
 
 namespace quillbay::cloud {

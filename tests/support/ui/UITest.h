@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QImage>
 #include <QMessageBox>
 #include <QTest>
 #include <functional>
@@ -28,6 +29,16 @@ void click(QWidget& widget);
 void showActive(QWidget& window);
 /// The message in front of the windows; null if there is none.
 QMessageBox* message();
+
+/// What the window of `widget` shows around it, up to `margin` device-independent pixels away.
+QImage pixelsOf(const QWidget& widget, int margin = 0);
+
+/// The contrast between the ground, which is the most frequent colour, and what is farthest from
+/// it.
+double contrastIn(const QImage& image);
+
+/// How many pixels change between two images by a contrast of at least `contrast`.
+int changedPixels(const QImage& before, const QImage& after, double contrast);
 
 /// Views as a person uses them, in English. What has just appeared can be pressed at once: the
 /// system's double-click interval is 0.
