@@ -14,8 +14,8 @@
 namespace quillbay::bench {
 
 ServerProcess::ServerProcess(const std::filesystem::path& program,
-                             const std::filesystem::path& authorityFile)
-    : authorityFile_(authorityFile),
+                             const std::filesystem::path& folder)
+    : authorityFile_(folder / "ca.pem"),
       toServer_(nullptr, std::fclose),
       fromServer_(nullptr, std::fclose) {
   std::array<int, 2> input = {};
@@ -31,7 +31,7 @@ ServerProcess::ServerProcess(const std::filesystem::path& program,
   posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
   std::string path = program;
-  std::string argument = authorityFile_;
+  std::string argument = folder;
   const std::array<char*, 3> arguments = {path.data(), argument.data(), nullptr};
   const int code = posix_spawn(&pid_, path.c_str(), &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);

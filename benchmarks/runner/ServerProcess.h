@@ -21,7 +21,7 @@ class ServerProcess {
     std::uint64_t bodyByteCount = 0;
   };
 
-  ServerProcess(const std::filesystem::path& program, const std::filesystem::path& authorityFile);
+  ServerProcess(const std::filesystem::path& program, const std::filesystem::path& folder);
   ~ServerProcess();
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;

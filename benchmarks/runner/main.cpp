@@ -51,7 +51,7 @@ void run(const std::vector<std::string>& arguments) {
   Options options = parseOptions(arguments);
   const std::filesystem::path folder = options["--folder"];
   const std::filesystem::path programs = options["--programs"];
-  ServerProcess server(programs / "bench-server", folder / "authority.pem");
+  ServerProcess server(programs / "bench-server", folder / "server");
   std::cerr << "making files" << '\n';
   const Workbench bench{programs,
                         options["--quillbay"],

@@ -1,6 +1,7 @@
-// bench-server AUTHORITY-FILE: a sharing service and a discarding object store on loopback, over
-// TLS. Prints `port N` when it listens. The line `counts` on standard input prints what it saw
-// since the last one, ended by a line `end`; the end of standard input ends it.
+// bench-server FOLDER: a sharing service and a discarding object store on loopback, over TLS. Keeps
+// its certificates in the folder; clients trust `ca.pem` there. Prints `port N` when it listens.
+// The line `counts` on standard input prints what it saw since the last one, ended by a line `end`;
+// the end of standard input ends it.
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -14,9 +15,9 @@
 #include "benchmarks/server/CannedService.h"
 #include "benchmarks/server/Connection.h"
 #include "benchmarks/server/Counts.h"
-#include "benchmarks/server/TlsIdentity.h"
 #include "benchmarks/support/Addresses.h"
 #include "benchmarks/support/MainProgram.h"
+#include "sandbox/tls/TlsIdentity.h"
 
 namespace quillbay::bench {
 namespace {
@@ -26,7 +27,7 @@ constexpr std::string_view kStored =
     "HTTP/1.1 200 OK\r\nETag: \"9bb58f26192e4ba00f01e2e7b136bbd8\"\r\nContent-Length: 0\r\n\r\n";
 
 struct Server {
-  TlsContext context;
+  sandbox::TlsContext context;
   CannedService service;
   Counts counts;
 };
@@ -83,9 +84,9 @@ void acceptConnections(Server& server, int listener) {
 }
 
 void run(const std::vector<std::string>& arguments) {
-  if (arguments.size() != 1) fail("usage: bench-server AUTHORITY-FILE");
+  if (arguments.size() != 1) fail("usage: bench-server FOLDER");
   std::signal(SIGPIPE, SIG_IGN);
-  Server server{makeServerContext(arguments[0]), {}, {}};
+  Server server{sandbox::TlsIdentity(arguments[0]).serverContext(), {}, {}};
   const int listener = listenOnLoopback();
   std::thread(acceptConnections, std::ref(server), listener).detach();
   std::cout << "port " << portOf(listener) << '\n' << std::flush;

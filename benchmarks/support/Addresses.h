@@ -6,8 +6,9 @@ namespace quillbay::bench {
 
 /// The sharing service's host, as compiled into the library.
 inline const std::string kServiceHost = QUILLBAY_SERVICE_HOST;
-/// The object store's host; reached, like the service, by routes to loopback.
-inline const std::string kStoreHost = "store.quillbay.example";
+/// The object store's host, which the server's certificate names; reached, like the service, by a
+/// route.
+inline const std::string kStoreHost = "localhost";
 
 inline const std::string kServiceBase = "https://" + kServiceHost + "/cloud/";
 /// The instance that `quillbay` names unless told otherwise.

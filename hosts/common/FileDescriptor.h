@@ -17,12 +17,13 @@ class FileDescriptor {
     std::swap(descriptor_, other.descriptor_);
     return *this;
   }
-  ~FileDescriptor() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
+  ~FileDescriptor() { reset(); }
 
   int get() const { return descriptor_; }
   bool isOpen() const { return descriptor_ >= 0; }
+  void reset() {
+    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+  }
 
  private:
   int descriptor_ = -1;

@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "FileDescriptor.h"
 #include "TemporaryFolder.h"
+#include "hosts/common/FileDescriptor.h"
 
 namespace quillbay::test {
+
+using host::FileDescriptor;
 
 /// The program under test as a process of its own, with its streams in the test's hands. Killed
 /// and reaped when destroyed.

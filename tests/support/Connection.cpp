@@ -5,20 +5,17 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 #include <utility>
 
 namespace quillbay::test {
 
-Connection::Connection(FileDescriptor socket, SSL_CTX* tls, Recorder recorder)
+Connection::Connection(host::FileDescriptor socket, SSL_CTX* tls, Recorder recorder)
     : socket_(std::move(socket)), recorder_(std::move(recorder)) {
   if (tls == nullptr) return;
   ssl_.reset(SSL_new(tls));
   SSL_set_fd(ssl_.get(), socket_.get());
   SSL_set_accept_state(ssl_.get());
 }
-
-Connection::~Connection() { close(); }
 
 bool Connection::receive() {
   std::array<char, 64 * 1024> buffer;

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "FileDescriptor.h"
-#include "Gate.h"
-#include "Reply.h"
-#include "Request.h"
+#include "HttpMessages.h"
+#include "hosts/common/FileDescriptor.h"
 
 #include <openssl/ssl.h>
 
@@ -28,8 +26,8 @@ class Connection {
 
   /// Speaks TLS if there is a context; shakes hands with the first read. `recorder` is told of the
   /// request whenever more of it has been read.
-  Connection(FileDescriptor socket, SSL_CTX* tls, Recorder recorder);
-  ~Connection();
+  Connection(host::FileDescriptor socket, SSL_CTX* tls, Recorder recorder);
+  ~Connection() { close(); }
 
   /// Bounds what the system receives ahead of the script, so that a script that reads slowly is a
   /// slow line for the client.
@@ -56,8 +54,8 @@ class Connection {
 
   /// Ends the sending direction in order: the client reads an end, and can still send.
   void shutdownSending();
-  /// Closes in order. What the client has sent and nobody has read makes the system reset the
-  /// connection, as it does for any server that closes early.
+  /// Closes in order. Bytes that the script has not read make the system reset the connection, as
+  /// it does for any server that closes early.
   void close();
   /// Closes with a TCP reset.
   void reset();
@@ -66,17 +64,13 @@ class Connection {
   void interrupt();
 
  private:
-  struct SSLDeleter {
-    void operator()(SSL* ssl) const { SSL_free(ssl); }
-  };
-
   /// Appends what has arrived to `received_`, waiting for at least one byte.
   bool receive();
   void release();
 
   std::mutex mutex_;  // against an interruption while the socket is closed
-  FileDescriptor socket_;
-  std::unique_ptr<SSL, SSLDeleter> ssl_;
+  host::FileDescriptor socket_;
+  std::unique_ptr<SSL, decltype(&SSL_free)> ssl_{nullptr, SSL_free};
   Recorder recorder_;
   std::string received_;
   Request request_;

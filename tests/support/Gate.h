@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "hosts/common/FileDescriptor.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -21,7 +21,7 @@ class Gate {
   int descriptor() const { return event_.get(); }
 
  private:
-  FileDescriptor event_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+  host::FileDescriptor event_{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 };
 
 }  // namespace quillbay::test

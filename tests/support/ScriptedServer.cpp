@@ -18,7 +18,7 @@ namespace quillbay::test {
 
 ScriptedServer::ScriptedServer(Protocol protocol)
     : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  if (protocol == https) tls_ = TestCertificates::shared().serverContext();
+  if (protocol == https) tls_ = TestCertificates::shared().serverContext().get();
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -33,17 +33,16 @@ ScriptedServer::ScriptedServer(Protocol protocol)
   onRequest([](const Request&) { return Reply::empty(200); });
   // For all threads of the server: a client that left must not end the process.
   const platform::SignalMask allBlocked;
-  acceptThread_ = std::thread([this] { acceptConnections(); });
+  acceptThread_ = std::jthread([this] { acceptConnections(); });
 }
 
 ScriptedServer::~ScriptedServer() { stop(); }
 
 void ScriptedServer::stop() {
   ::shutdown(listener_.get(), SHUT_RDWR);
-  if (acceptThread_.joinable()) acceptThread_.join();
+  acceptThread_ = {};
   listener_.reset();
   for (Connection& connection : connections_) connection.interrupt();
-  for (std::thread& thread : connectionThreads_) thread.join();
   connectionThreads_.clear();
 }
 
@@ -61,9 +60,8 @@ void ScriptedServer::onConnection(ConnectionHandler script) {
 }
 
 std::string ScriptedServer::address(std::string_view path, std::string_view host) const {
-  std::string text(tls_ ? "https://" : "http://");
-  text.append(host).append(":").append(std::to_string(port_)).append(path);
-  return text;
+  const std::string scheme = tls_ == nullptr ? "http://" : "https://";
+  return scheme + std::string(host) + ":" + std::to_string(port_) + std::string(path);
 }
 
 std::size_t ScriptedServer::connectionCount() const {
@@ -78,13 +76,13 @@ std::vector<Request> ScriptedServer::requests() const {
 
 void ScriptedServer::acceptConnections() {
   while (true) {
-    FileDescriptor socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    host::FileDescriptor socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (!socket.isOpen() && errno == EINVAL) return;  // shut down by `stop`
     if (!socket.isOpen()) continue;
     const int noDelay = 1;
     ::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof(noDelay));
     const std::lock_guard lock(mutex_);
-    Connection& connection = connections_.emplace_back(std::move(socket), tls_.get(), recorder());
+    Connection& connection = connections_.emplace_back(std::move(socket), tls_, recorder());
     connectionThreads_.emplace_back([&connection, script = script_] {
       script(connection);
       connection.close();
@@ -114,7 +112,7 @@ void useTestNetwork(const ScriptedServer* server) {
   settings.caBundlePath = TestCertificates::shared().authorityPath().string();
   if (server != nullptr) {
     const std::string place = ":443:127.0.0.1:" + std::to_string(server->port());
-    settings.connectTo = {"cloud.quillbay.example" + place, "store.quillbay.example" + place};
+    settings.connectTo = {"cloud.quillbay.example" + place, "localhost" + place};
   }
   platform::NetworkSettings::set(std::move(settings));
 }

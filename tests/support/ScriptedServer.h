@@ -29,12 +29,10 @@ class ScriptedServer {
   ~ScriptedServer();
 
   /// Ordinary service of new connections: every request is read whole, `handler` (on the
-  /// connection's thread) makes its reply, connections are kept. To begin with, every request gets
-  /// an empty 200.
+  /// connection's thread) makes its reply, at first an empty 200; connections are kept.
   void onRequest(RequestHandler handler);
 
-  /// Plays every new connection with `script`, on a thread of its own, in place of the above; the
-  /// connection closes when the script returns.
+  /// Plays every new connection with `script` instead, and closes it when the script returns.
   void onConnection(ConnectionHandler script);
 
   int port() const { return port_; }
@@ -53,8 +51,8 @@ class ScriptedServer {
   void acceptConnections();
   Connection::Recorder recorder();
 
-  std::shared_ptr<SSL_CTX> tls_;
-  FileDescriptor listener_;
+  SSL_CTX* tls_ = nullptr;  // none: plain
+  host::FileDescriptor listener_;
   int port_ = 0;
 
   mutable std::mutex mutex_;
@@ -62,13 +60,12 @@ class ScriptedServer {
   std::vector<Request> requests_;
   std::list<Connection> connections_;
 
-  std::vector<std::thread> connectionThreads_;
-  std::thread acceptThread_;
+  std::vector<std::jthread> connectionThreads_;
+  std::jthread acceptThread_;
 };
 
-/// Has https://cloud.quillbay.example and https://store.quillbay.example lead to `server` if there
-/// is one, trusts the test's authority alone, and forgets the proxies of the environment. Call it
-/// before the transfers that are to be routed so.
+/// Has https://cloud.quillbay.example and https://localhost lead to `server`, if there is one;
+/// trusts the test's authority alone; forgets the environment's proxies. Call it before transfers.
 void useTestNetwork(const ScriptedServer* server = nullptr);
 
 }  // namespace quillbay::test

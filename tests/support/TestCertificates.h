@@ -1,32 +1,31 @@
 #pragma once
 
 #include "TemporaryFolder.h"
-
-#include <openssl/ssl.h>
+#include "sandbox/tls/TlsIdentity.h"
 
 #include <filesystem>
-#include <memory>
 
 namespace quillbay::test {
 
-/// The certificate of this test process, made at first use: for cloud.quillbay.example,
-/// store.quillbay.example and loopback. It is its own authority.
+/// The certificate of this test process, for cloud.quillbay.example and loopback. Made at first
+/// use.
 class TestCertificates {
  public:
   static const TestCertificates& shared();
 
   /// PEM file with the authority's certificate; there until the process ends.
-  std::filesystem::path authorityPath() const { return folder_ / "authority.pem"; }
+  std::filesystem::path authorityPath() const { return identity_.authorityFile(); }
 
   /// What a TLS server needs. It chooses HTTP/2 if that is offered, and then no test that speaks
   /// HTTP/1.1 gets through: the library must not offer it.
-  const std::shared_ptr<SSL_CTX>& serverContext() const { return serverContext_; }
+  const sandbox::TlsContext& serverContext() const { return serverContext_; }
 
  private:
   TestCertificates();
 
   TemporaryFolder folder_;
-  std::shared_ptr<SSL_CTX> serverContext_;
+  sandbox::TlsIdentity identity_{folder_.path()};
+  sandbox::TlsContext serverContext_ = identity_.serverContext();
 };
 
 }  // namespace quillbay::test
