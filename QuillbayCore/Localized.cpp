@@ -1,4 +1,5 @@
 #include <QuillbayCore/Localized.h>
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/StringTable.h>
 
 #include "QuillbayCoreStrings.h"
@@ -6,9 +7,11 @@
 namespace quillbay::core {
 
 std::string Localized(std::string_view key) {
-  // Never destroyed: a host may ask while it exits.
-  static const auto& table = *new platform::StringTable(strings::QuillbayCore());
-  return table.localized(key);
+  static constinit platform::OnFirstUse<const platform::StringTable> table;
+  const auto make = [] {
+    return std::make_unique<const platform::StringTable>(strings::QuillbayCore());
+  };
+  return table.get(make).localized(key);
 }
 
 }  // namespace quillbay::core

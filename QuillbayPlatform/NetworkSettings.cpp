@@ -1,6 +1,6 @@
 #include <QuillbayPlatform/NetworkSettings.h>
+#include <QuillbayPlatform/RarelySet.h>
 
-#include <mutex>
 #include <regex>
 #include <string>
 #include <utility>
@@ -8,16 +8,7 @@
 namespace quillbay::platform {
 namespace {
 
-struct Slot {
-  std::mutex mutex;
-  NetworkSettings settings;  // guarded by mutex
-};
-
-Slot& slot() {
-  // Never destroyed: the network thread reads it until the process ends.
-  static auto* const instance = new Slot;
-  return *instance;
-}
+constinit RarelySet<NetworkSettings> processSettings;
 
 bool isPort(const std::string& digits) {
   if (digits.empty()) return true;
@@ -28,21 +19,15 @@ bool isPort(const std::string& digits) {
 }  // namespace
 
 bool NetworkSettings::isValidRoute(const std::string& route) {
-  static const auto* const pattern = new std::regex(
+  const std::regex pattern(
       R"((?:\[[0-9A-Fa-f:.%]*\]|[^:\[\]\s]*):(\d{0,5}):(?:\[[0-9A-Fa-f:.%]*\]|[^:\[\]\s]*):(\d{0,5}))");
   std::smatch match;
-  if (!std::regex_match(route, match, *pattern)) return false;
+  if (!std::regex_match(route, match, pattern)) return false;
   return isPort(match[1]) && isPort(match[2]);
 }
 
-void NetworkSettings::set(NetworkSettings settings) {
-  const std::lock_guard lock(slot().mutex);
-  slot().settings = std::move(settings);
-}
+void NetworkSettings::set(NetworkSettings settings) { processSettings.set(std::move(settings)); }
 
-NetworkSettings NetworkSettings::current() {
-  const std::lock_guard lock(slot().mutex);
-  return slot().settings;
-}
+NetworkSettings NetworkSettings::current() { return processSettings.get(); }
 
 }  // namespace quillbay::platform

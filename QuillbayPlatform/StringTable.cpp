@@ -1,23 +1,14 @@
+#include <QuillbayPlatform/RarelySet.h>
 #include <QuillbayPlatform/StringTable.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <mutex>
 #include <nlohmann/json.hpp>
 
 namespace quillbay::platform {
 namespace {
 
-struct Choice {
-  std::mutex mutex;
-  std::vector<std::string> languages;
-};
-
-/// Never destroyed: texts may be looked up while static destructors run.
-Choice& hostChoice() {
-  static Choice& choice = *new Choice;
-  return choice;
-}
+constinit RarelySet<std::vector<std::string>> hostChoice;
 
 std::string environmentValue(const char* name) {
   const char* value = std::getenv(name);
@@ -87,18 +78,14 @@ std::string StringTable::localized(std::string_view key) const {
 }
 
 std::vector<std::string> preferredLanguages() {
-  {
-    const std::lock_guard lock(hostChoice().mutex);
-    if (!hostChoice().languages.empty()) return hostChoice().languages;
-  }
-  return environmentLanguages();
+  auto languages = hostChoice.get();
+  return languages.empty() ? environmentLanguages() : languages;
 }
 
 void setPreferredLanguages(const std::vector<std::string>& languages) {
   std::vector<std::string> expanded;
   for (const std::string& language : languages) append(expanded, language);
-  const std::lock_guard lock(hostChoice().mutex);
-  hostChoice().languages = std::move(expanded);
+  hostChoice.set(std::move(expanded));
 }
 
 std::string formatted(std::string_view format, int argument) {

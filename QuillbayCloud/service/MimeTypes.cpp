@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
 namespace quillbay::cloud {
@@ -134,10 +133,10 @@ std::string_view pathExtension(std::string_view path) {
 }  // namespace
 
 std::string_view mimeType(std::string_view path) {
-  static const std::unordered_map<std::string_view, std::string_view> mimeTypesByExtension(
-      std::begin(kMimeTypesByExtension), std::end(kMimeTypesByExtension));
-  const auto found = mimeTypesByExtension.find(lowercased(pathExtension(path)));
-  return found == mimeTypesByExtension.end() ? "application/octet-stream" : found->second;
+  const std::string extension = lowercased(pathExtension(path));
+  const auto* const found = std::ranges::find(
+      kMimeTypesByExtension, extension, &std::pair<std::string_view, std::string_view>::first);
+  return found == std::end(kMimeTypesByExtension) ? "application/octet-stream" : found->second;
 }
 
 }  // namespace quillbay::cloud

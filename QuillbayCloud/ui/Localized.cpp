@@ -1,4 +1,5 @@
 #include <QuillbayCloud/ui/Localized.h>
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/StringTable.h>
 
 #include "QuillbayCloudStrings.h"
@@ -6,9 +7,11 @@
 namespace quillbay::cloud {
 
 std::string Localized(std::string_view key) {
-  // Never destroyed: a host may ask while it exits.
-  static const auto& table = *new platform::StringTable(strings::QuillbayCloud());
-  return table.localized(key);
+  static constinit platform::OnFirstUse<const platform::StringTable> table;
+  const auto make = [] {
+    return std::make_unique<const platform::StringTable>(strings::QuillbayCloud());
+  };
+  return table.get(make).localized(key);
 }
 
 }  // namespace quillbay::cloud
