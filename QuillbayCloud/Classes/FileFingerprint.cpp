@@ -29,8 +29,8 @@ std::optional<std::string> fingerprint(const URL& fileURL, platform::SHA256& has
   }
   // Also after a failure, so that the hash starts anew with the next file.
   const auto digest = hash.finalize();
-  if (!byteCount) return std::nullopt;
-  return platform::lowercaseHexadecimal(digest);
+  if (!byteCount || !digest) return std::nullopt;
+  return platform::lowercaseHexadecimal(*digest);
 }
 
 }  // namespace
