@@ -1,4 +1,5 @@
 #include <QuillbayPlatform/DispatchQueue.h>
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/ProcessExit.h>
 #include <QuillbayPlatform/WorkerPool.h>
 
@@ -11,35 +12,32 @@
 namespace quillbay::platform {
 namespace {
 
-// The pools are never destroyed: no static destructor may run under a live thread.
-
 WorkerPool& globalPool() {
-  static WorkerPool& pool = *[] {
+  static constinit OnFirstUse<WorkerPool> pool;
+  return pool.get([] {
     const std::size_t threadCount = std::max(2U, std::thread::hardware_concurrency());
-    return new WorkerPool({.threadName = "quillbay-work",
-                           .maximumThreadCount = threadCount,
-                           .maximumIdleThreadCount = threadCount,
-                           .drainsAtExit = false});
-  }();
-  return pool;
+    return std::make_unique<WorkerPool>(
+        WorkerPool::Settings{.threadName = "quillbay-work",
+                             .maximumThreadCount = threadCount,
+                             .maximumIdleThreadCount = threadCount});
+  });
 }
 
 /// Without a limit: a serial queue whose item blocks must not hold up the others.
 WorkerPool& serialPool() {
-  static WorkerPool& pool =
-      *new WorkerPool({.threadName = "quillbay-serial",
-                       .maximumThreadCount = std::numeric_limits<std::size_t>::max(),
-                       .maximumIdleThreadCount = 4,
-                       .drainsAtExit = true});
-  return pool;
+  static constinit OnFirstUse<WorkerPool> pool;
+  return pool.get([] {
+    return std::make_unique<WorkerPool>(
+        WorkerPool::Settings{.threadName = "quillbay-serial",
+                             .maximumThreadCount = std::numeric_limits<std::size_t>::max(),
+                             .maximumIdleThreadCount = 4});
+  });
 }
 
 class ConcurrentQueue final : public DispatchQueue {
  public:
   void async(Work work) override {
-    // Before the pool's construction, which the fork may have caught half done in another thread.
-    if (!work || isForkedChild()) return;
-    globalPool().submit(std::move(work));
+    if (work) globalPool().submit(std::move(work));
   }
 };
 
@@ -53,12 +51,22 @@ class SerialQueue final : public DispatchQueue, public std::enable_shared_from_t
       items_.push_back(std::move(work));
       if (std::exchange(isRunning_, true)) return;
     }
-    serialPool().submit([self = shared_from_this()] { self->run(); });
+    submitRun();
   }
 
  private:
+  void submitRun() {
+    serialPool().submit([self = shared_from_this()] { self->run(); });
+  }
+
   void run() {
-    while (Work work = takeNext()) work();
+    while (!isProcessExiting()) {
+      Work work = takeNext();
+      if (!work) return;
+      work();
+    }
+    // The pool keeps what it does not run any more, and with it the items.
+    submitRun();
   }
 
   Work takeNext() {
@@ -80,8 +88,8 @@ class SerialQueue final : public DispatchQueue, public std::enable_shared_from_t
 }  // namespace
 
 DispatchQueue& DispatchQueue::globalUserInitiated() {
-  static DispatchQueue& queue = *new ConcurrentQueue;
-  return queue;
+  static constinit OnFirstUse<ConcurrentQueue> queue;
+  return queue.get();
 }
 
 std::shared_ptr<DispatchQueue> DispatchQueue::makeSerial() {

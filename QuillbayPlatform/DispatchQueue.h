@@ -8,7 +8,9 @@ namespace quillbay::platform {
 /// Runs work items asynchronously, never inside the call that hands them over.
 ///
 /// Threads start with the first use of a background queue, block all signals, and are joined when
-/// the process ends. A forked child runs no work. Any thread may call `async`.
+/// the process exits: the items that run then are awaited; those that have not begun, on any queue,
+/// neither run nor are destroyed. A forked child runs no work. While the system has no thread to
+/// give, the main queue runs the items of the background queues. Any thread may call `async`.
 class DispatchQueue {
  public:
   using Work = std::move_only_function<void()>;
@@ -25,7 +27,8 @@ class DispatchQueue {
   static DispatchQueue& globalUserInitiated();
 
   /// A new serial background queue with threads apart from the global queue's, so that long work
-  /// there never delays a callback. It may be released while items are waiting; they still run.
+  /// there never delays a callback. It may be released while items are waiting; they run all the
+  /// same.
   static std::shared_ptr<DispatchQueue> makeSerial();
 };
 

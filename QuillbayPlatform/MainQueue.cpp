@@ -1,5 +1,6 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/ProcessExit.h>
 
 #include <algorithm>
@@ -23,8 +24,8 @@ class MainQueue final : public DispatchQueue {
   using Poster = std::function<void(std::function<void()>)>;
 
   static MainQueue& instance() {
-    static MainQueue& queue = *new MainQueue;
-    return queue;
+    static constinit OnFirstUse<MainQueue> queue;
+    return queue.get();
   }
 
   void async(Work work) override {
@@ -79,7 +80,7 @@ class MainQueue final : public DispatchQueue {
   }
 
   Work takeItem() {
-    if (isForkedChild()) return nullptr;
+    if (isForkedChild() || isProcessExiting()) return nullptr;
     const std::lock_guard lock(mutex_);
     return takeFirst();
   }
@@ -100,16 +101,19 @@ class MainQueue final : public DispatchQueue {
     }
   }
 
-  /// Nothing when the run is to end.
+  /// Nothing when the run is to end. While another thread exits the process, the run neither begins
+  /// an item nor ends by itself: a main function that returned now would exit a second time.
   Work awaitItem(std::optional<Clock::time_point> deadline) {
-    if (isForkedChild()) return nullptr;
+    if (isForkedChild() || isThreadExitingProcess()) return nullptr;
     if (deadline && Clock::now() >= *deadline) return nullptr;
     std::unique_lock lock(mutex_);
-    const auto isAwake = [this] { return isStopRequested_ || !items_.empty(); };
-    if (deadline) {
-      changed_.wait_until(lock, *deadline, isAwake);
-    } else {
+    const auto isAwake = [this] {
+      return isStopRequested_ || (!items_.empty() && !isProcessExiting());
+    };
+    if (!deadline) {
       changed_.wait(lock, isAwake);
+    } else if (!changed_.wait_until(lock, *deadline, isAwake)) {
+      return nullptr;
     }
     return isStopRequested_ ? nullptr : takeFirst();
   }

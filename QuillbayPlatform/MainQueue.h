@@ -9,6 +9,8 @@ namespace quillbay::platform {
 ///
 /// - A program without an event loop drains it itself, on one thread, with `runMainQueue`.
 /// - A host with a loop of its own calls `setMainQueuePoster` once, before first use.
+///
+/// Once the process exits, no item begins any more.
 
 /// Runs work items on this thread until `stopMainQueue`; work left over stays for the next run.
 void runMainQueue();

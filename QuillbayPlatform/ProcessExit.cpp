@@ -1,4 +1,6 @@
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/ProcessExit.h>
+#include <QuillbayPlatform/SHA256.h>
 #include <curl/curl.h>
 #include <openssl/ssl.h>
 #include <unistd.h>
@@ -12,22 +14,19 @@
 namespace quillbay::platform {
 namespace {
 
-std::atomic<bool> hasExitBegun = false;
+constinit std::atomic<bool> hasExitBegun = false;
+constinit thread_local bool hasExitBegunHere = false;
 
 struct Stops {
   std::mutex mutex;
   std::vector<std::function<void()>> functions;
 };
 
-/// Never destroyed: static destructors may run while a thread still uses it.
-Stops& stops() {
-  static Stops& stops = *new Stops;
-  return stops;
-}
+constinit OnFirstUse<Stops> stops;
 
 std::function<void()> takeLastStop() {
-  const std::lock_guard lock(stops().mutex);
-  auto& functions = stops().functions;
+  const std::lock_guard lock(stops.get().mutex);
+  auto& functions = stops.get().functions;
   if (functions.empty()) return nullptr;
   auto last = std::move(functions.back());
   functions.pop_back();
@@ -38,7 +37,19 @@ std::function<void()> takeLastStop() {
 void stopAll() {
   if (isForkedChild()) return;
   hasExitBegun = true;
+  hasExitBegunHere = true;
   while (const auto stop = takeLastStop()) stop();
+}
+
+/// Libraries register destructors at their first use, and exit runs what was registered last first:
+/// each must be used once before our hook is registered, or exit takes it from a running thread.
+/// The reader of JSON sees to that itself.
+void useLibrariesOnce() {
+  // Unless the host came first, OpenSSL does not take itself down: another thread may exit during
+  // this call, and a forked child would meet locks that threads of its parent held.
+  OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr);
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  SHA256().finalize();
 }
 
 /// Whether this is the process that was the first to ask. `getpid` each time, since a raw clone
@@ -53,21 +64,24 @@ bool isOwnerProcess() {
 }  // namespace
 
 void prepareProcess() {
-  static const bool isPrepared = [] {
-    isOwnerProcess();
-    OPENSSL_init_ssl(0, nullptr);
-    curl_global_init(CURL_GLOBAL_DEFAULT);
-    return std::atexit(stopAll) == 0;
-  }();
-  static_cast<void>(isPrepared);
+  if (isForkedChild()) return;
+  static constinit std::once_flag isPrepared;
+  std::call_once(isPrepared, [] {
+    useLibrariesOnce();
+    // Refused when another thread has ended the process meanwhile.
+    if (std::atexit(stopAll) != 0) hasExitBegun = true;
+  });
 }
 
 void stopAtExit(std::function<void()> stop) {
-  const std::lock_guard lock(stops().mutex);
-  stops().functions.push_back(std::move(stop));
+  if (isForkedChild()) return;
+  const std::lock_guard lock(stops.get().mutex);
+  stops.get().functions.push_back(std::move(stop));
 }
 
 bool isProcessExiting() { return hasExitBegun.load(std::memory_order_relaxed); }
+
+bool isThreadExitingProcess() { return hasExitBegunHere; }
 
 bool isForkedChild() { return !isOwnerProcess(); }
 

@@ -1,3 +1,4 @@
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/URLSession.h>
 #include <QuillbayPlatform/network/Engine.h>
 
@@ -50,8 +51,8 @@ Transfer::Finish Task::makeFinish(URLSession::CompletionHandler completionHandle
 URLSession::URLSession() : callbackQueue_(DispatchQueue::makeSerial()) {}
 
 URLSession& URLSession::shared() {
-  static auto* const session = new URLSession;
-  return *session;
+  static constinit OnFirstUse<URLSession> session;
+  return session.get([] { return std::unique_ptr<URLSession>(new URLSession); });
 }
 
 std::shared_ptr<URLSession> URLSession::create() {

@@ -45,9 +45,10 @@ class URLSessionTask {
 class URLSession {
  public:
   /// Called exactly once a task, on the session's queue; then moved to the main queue to be
-  /// destroyed there. A complete reply gives `data` (empty if it has no body) and `response`, and
-  /// no `error`. A transport failure gives an `error` (a `URLError`) and no `data`; `response` is
-  /// then present if its head had arrived. No cookies are kept and nothing is cached.
+  /// destroyed there. Once the process exits, no call begins any more. A complete reply gives
+  /// `data` (empty if it has no body) and `response`, and no `error`. A transport failure gives an
+  /// `error` (a `URLError`) and no `data`; `response` is then present if its head had arrived. No
+  /// cookies are kept and nothing is cached.
   using CompletionHandler = std::move_only_function<void(
       std::optional<std::string> data, std::optional<HTTPURLResponse> response, ErrorPtr error)>;
 

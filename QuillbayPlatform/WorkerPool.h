@@ -11,8 +11,9 @@
 
 namespace quillbay::platform {
 
-/// Internal: threads that take jobs in the order of their submission. Never destroyed; its threads
-/// start when jobs need them and are joined when the process exits. Any thread.
+/// Internal: threads that take jobs in the order of their submission. Not destroyed once it was
+/// given a job; its threads start when jobs need them and are joined when the process exits. Jobs
+/// that wait then are kept and never run. Any thread.
 class WorkerPool {
  public:
   using Job = DispatchQueue::Work;
@@ -22,8 +23,6 @@ class WorkerPool {
     std::size_t maximumThreadCount;
     /// A thread that would be idle beside so many others ends.
     std::size_t maximumIdleThreadCount;
-    /// Whether jobs that wait when the process exits still run; otherwise they never do.
-    bool drainsAtExit;
   };
 
   explicit WorkerPool(Settings settings) : settings_(settings) {}
@@ -34,13 +33,16 @@ class WorkerPool {
   /// stopped earlier, and may submit jobs until then.
   void prepare();
 
-  /// Runs `job` on one of the threads and destroys it there. Does nothing in a forked child.
+  /// Runs `job` on one of the threads and destroys it there; on the main queue if there is no
+  /// thread and the system has none to give. Does nothing in a forked child.
   void submit(Job job);
 
  private:
   using Threads = std::list<std::thread>;
 
   void startThread();
+  void serveFromMainQueue();
+  Job takeFirst();
   void runThread(Threads::iterator self);
   bool awaitJob(std::unique_lock<std::mutex>& lock);
   void stop();

@@ -1,10 +1,12 @@
-#include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/NetworkSettings.h>
+#include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/ProcessExit.h>
 #include <QuillbayPlatform/SignalMask.h>
 #include <QuillbayPlatform/network/Engine.h>
 
 #include <algorithm>
+#include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace quillbay::platform {
@@ -17,24 +19,20 @@ constexpr long kMaximumConnectionCount = 16;
 constexpr int kIdlePollMilliseconds = 60'000;
 constexpr int kActivePollMilliseconds = 500;
 
+constinit OnFirstUse<Engine> sharedEngine;
+
 }  // namespace
 
 Engine& Engine::shared() {
-  // Never destroyed: transfers may end while static objects are being torn down.
-  static Engine* const engine = [] {
-    auto* created = new Engine;
-    stopAtExit([created] { created->stop(); });
-    return created;
-  }();
-  return *engine;
-}
-
-Engine::Engine() {
-  prepareProcess();
-  multi_.reset(curl_multi_init());
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kMaximumConnectionCount);
-  const SignalMask allBlocked;
-  thread_ = std::thread([this] { run(); });
+  static constinit std::once_flag isRegistered;
+  // Before the flag, which in a forked child may be half set.
+  if (!isForkedChild()) {
+    std::call_once(isRegistered, [] {
+      prepareProcess();
+      stopAtExit([] { sharedEngine.get().stop(); });
+    });
+  }
+  return sharedEngine.get();
 }
 
 Engine::~Engine() { stop(); }
@@ -45,59 +43,98 @@ void Engine::start(std::unique_ptr<Transfer> transfer) {
     (void)transfer.release();
     return;
   }
-  if (!enqueue(transfer)) return transfer->cancel();
-  curl_multi_wakeup(multi_.get());
+  if (const auto refusal = enqueue(transfer)) transfer->fail(refusal->code, refusal->reason);
 }
 
-/// Leaves the transfer with the caller when the engine has stopped.
-bool Engine::enqueue(std::unique_ptr<Transfer>& transfer) {
+/// Leaves the transfer with the caller when it refuses.
+std::optional<Engine::Refusal> Engine::enqueue(std::unique_ptr<Transfer>& transfer) {
   const std::lock_guard lock(mutex_);
-  if (stopping_) return false;
+  if (isStopping_ || isProcessExiting()) {
+    return Refusal{URLError::Code::cancelled, "the process is ending"};
+  }
+  if (!isRunning_) {
+    if (auto refusal = startThread()) return refusal;
+  }
+  // The thread finds the transfer all the same: it looks for it under the lock.
+  if (const CURLMcode code = curl_multi_wakeup(multi_.get()); code != CURLM_OK) {
+    return Refusal{URLError::Code::unknown, curl_multi_strerror(code)};
+  }
   incoming_.push_back(std::move(transfer));
-  return true;
+  return std::nullopt;
+}
+
+std::optional<Engine::Refusal> Engine::startThread() {
+  // One that gave up.
+  if (thread_.joinable()) thread_.join();
+  prepareProcess();
+  multi_.reset(curl_multi_init());
+  // libcurl makes a handle also without the pair of sockets that wakes it. Its user would then
+  // wait for the end of a poll instead.
+  if (!multi_ || curl_multi_wakeup(multi_.get()) != CURLM_OK) {
+    return Refusal{URLError::Code::unknown, "the system has no memory or descriptor to give"};
+  }
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kMaximumConnectionCount);
+  const SignalMask allBlocked;
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error&) {
+    return Refusal{URLError::Code::unknown, "the system has no thread to give"};
+  }
+  isRunning_ = true;
+  return std::nullopt;
 }
 
 void Engine::stop() {
   {
     const std::lock_guard lock(mutex_);
-    if (std::exchange(stopping_, true)) return;
+    if (std::exchange(isStopping_, true)) return;
+    // The pair of sockets was seen to work when the thread started.
+    if (isRunning_) static_cast<void>(curl_multi_wakeup(multi_.get()));
   }
-  curl_multi_wakeup(multi_.get());
-  thread_.join();
+  if (thread_.joinable()) thread_.join();
 }
 
 void Engine::run() {
-  while (takeIncoming()) {
-    int runningCount = 0;
-    curl_multi_perform(multi_.get(), &runningCount);
-    // A finished transfer may have left another to begin: look before sleeping.
-    if (handleMessages()) continue;
-    const bool isIdle = engineThreadActive_.empty();
-    curl_multi_poll(multi_.get(), nullptr, 0,
-                    isIdle ? kIdlePollMilliseconds : kActivePollMilliseconds, nullptr);
-  }
-  cancelActive();
+  CURLMcode code = CURLM_OK;
+  while (code == CURLM_OK && takeIncoming()) code = turn();
+  if (code == CURLM_OK) return endAll({URLError::Code::cancelled, "the process is ending"});
+  endAll({URLError::Code::unknown, curl_multi_strerror(code)});
 }
 
 /// False when the engine is to stop.
 bool Engine::takeIncoming() {
-  std::vector<std::unique_ptr<Transfer>> transfers;
+  Transfers transfers;
   {
     const std::lock_guard lock(mutex_);
-    if (stopping_) return false;
+    if (isStopping_) return false;
     transfers.swap(incoming_);
   }
   for (auto& transfer : transfers) begin(std::move(transfer));
   return true;
 }
 
-void Engine::begin(std::unique_ptr<Transfer> transfer) {
-  if (transfer->begin(NetworkSettings::current()) == Transfer::State::finished) return;
-  perform(*transfer);
-  engineThreadActive_.push_back(std::move(transfer));
+CURLMcode Engine::turn() {
+  int runningCount = 0;
+  const CURLMcode code = curl_multi_perform(multi_.get(), &runningCount);
+  // A finished transfer may have left another to begin: look before sleeping.
+  if (code != CURLM_OK || handleMessages()) return code;
+  const bool isIdle = engineThreadActive_.empty();
+  return curl_multi_poll(multi_.get(), nullptr, 0,
+                         isIdle ? kIdlePollMilliseconds : kActivePollMilliseconds, nullptr);
 }
 
-void Engine::perform(Transfer& transfer) { curl_multi_add_handle(multi_.get(), transfer.easy()); }
+void Engine::begin(std::unique_ptr<Transfer> transfer) {
+  if (transfer->begin(NetworkSettings::current()) == Transfer::State::finished) return;
+  if (perform(*transfer)) engineThreadActive_.push_back(std::move(transfer));
+}
+
+/// False if the transfer has ended with an error.
+bool Engine::perform(Transfer& transfer) {
+  const CURLMcode code = curl_multi_add_handle(multi_.get(), transfer.easy());
+  if (code == CURLM_OK) return true;
+  transfer.fail(URLError::Code::unknown, curl_multi_strerror(code));
+  return false;
+}
 
 /// Whether any transfer's request ended.
 bool Engine::handleMessages() {
@@ -114,22 +151,28 @@ bool Engine::handleMessages() {
 void Engine::complete(CURL* easy, CURLcode code) {
   curl_multi_remove_handle(multi_.get(), easy);
   const auto transfer = std::ranges::find(engineThreadActive_, easy, &Transfer::easy);
-  if ((*transfer)->performed(code) == Transfer::State::running) return perform(**transfer);
+  const bool goesOn = (*transfer)->performed(code) == Transfer::State::running;
+  if (goesOn && perform(**transfer)) return;
   engineThreadActive_.erase(transfer);
 }
 
-void Engine::cancelActive() {
+void Engine::endAll(const Refusal& refusal) {
   for (const auto& transfer : engineThreadActive_) {
     curl_multi_remove_handle(multi_.get(), transfer->easy());
-    transfer->cancel();
   }
-  engineThreadActive_.clear();
-  std::vector<std::unique_ptr<Transfer>> transfers;
-  {
-    const std::lock_guard lock(mutex_);
-    transfers.swap(incoming_);
+  for (auto left = takeLeftOver(); !left.empty(); left = takeLeftOver()) {
+    for (const auto& transfer : left) transfer->fail(refusal.code, refusal.reason);
   }
-  for (const auto& transfer : transfers) transfer->cancel();
+}
+
+/// Nothing when no transfer is left. From then on the next one starts another thread.
+Engine::Transfers Engine::takeLeftOver() {
+  Transfers left = std::exchange(engineThreadActive_, {});
+  const std::lock_guard lock(mutex_);
+  std::ranges::move(incoming_, std::back_inserter(left));
+  incoming_.clear();
+  isRunning_ = !left.empty();
+  return left;
 }
 
 }  // namespace quillbay::platform

@@ -272,8 +272,6 @@ Transfer::State Transfer::deliver(const HTTPURLResponse& response) {
   return finish({std::nullopt, response, transportError(CURLE_OK)});
 }
 
-void Transfer::cancel() { fail(URLError::Code::cancelled, "the process is ending"); }
-
 bool Transfer::wholeBodyWasSent() const {
   curl_off_t sentByteCount = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_SIZE_UPLOAD_T, &sentByteCount);

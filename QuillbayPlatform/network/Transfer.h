@@ -29,7 +29,7 @@ class Transfer {
     std::optional<HTTPURLResponse> response;
     ErrorPtr error;
   };
-  /// Called exactly once, on the engine thread (on the starting thread if the engine has stopped).
+  /// Called exactly once, on the engine thread (on the starting thread if the engine has none).
   using Finish = std::move_only_function<void(Outcome)>;
 
   Transfer(URLRequest request, std::optional<URL> bodyFile, std::shared_ptr<TaskProgress> progress,
@@ -48,8 +48,8 @@ class Transfer {
   /// Takes the end of a performed request; `running` if a redirect is to be performed now.
   State performed(CURLcode code);
 
-  /// Ends the transfer with an error and without a response.
-  void cancel();
+  /// Ends the transfer with an error and without a response. `reason` is for developers.
+  State fail(URLError::Code code, const std::string& reason);
 
   CURL* easy() const { return easy_.get(); }
 
@@ -73,7 +73,6 @@ class Transfer {
   ErrorPtr transportError(CURLcode code) const;
   std::string transportReason(CURLcode code) const;
   State finish(Outcome outcome);
-  State fail(URLError::Code code, const std::string& reason);
   ErrorPtr makeError(URLError::Code code, const std::string& reason) const;
 
   static std::size_t readBody(char* buffer, std::size_t size, std::size_t count,

@@ -1,15 +1,16 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/WorkerPool.h>
+#include <ThreadLimit.h>
 #include <Waiting.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <csignal>
 #include <deque>
 #include <latch>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::waitUntil;
+using Threads = std::vector<std::thread::id>;
 
 /// A copyable object that notes on which thread its last copy was destroyed.
 std::shared_ptr<void> destructionNote(std::atomic<std::thread::id>& destroyedOn) {
@@ -52,20 +54,16 @@ TEST(MainQueue, ABoundThatPassesEndsTheRunEvenWhileItemsKeepComing) {
   EXPECT_TRUE(runMainQueue([&] { return isReached; }, std::chrono::milliseconds::max()));
 }
 
-TEST(MainQueue, AnItemFromAnotherThreadWakesTheRun) {
+TEST(MainQueue, AnItemFromAnotherThreadWakesTheRunAndStopEndsItOrElseTheNextOne) {
   const auto queue = DispatchQueue::makeSerial();
-  DispatchQueue::main().async(
-      [&] { queue->async([] { DispatchQueue::main().async(stopMainQueue); }); });
-  runMainQueue();
-}
-
-TEST(MainQueue, StopEndsTheRunningRunAfterItsItemOrElseTheNextOne) {
   int count = 0;
-  DispatchQueue::main().async([&] {
-    ++count;
-    stopMainQueue();
+  queue->async([&] {
+    DispatchQueue::main().async([&] {
+      ++count;
+      stopMainQueue();
+    });
+    DispatchQueue::main().async([&] { ++count; });
   });
-  DispatchQueue::main().async([&] { ++count; });
   runMainQueue();
   EXPECT_EQ(count, 1);
   std::thread([] { stopMainQueue(); }).join();
@@ -89,43 +87,30 @@ TEST(MainQueue, AHostsLoopGetsOneCallAnItemAndKeepsTheirOrder) {
   setMainQueuePoster(nullptr);
 }
 
-TEST(SerialQueue, RunsItemsOfManyThreadsOneAtATimeInEachThreadsOrder) {
+TEST(SerialQueue, RunsItemsOneAtATimeInEachThreadsOrderAlsoWhenReleasedMeanwhile) {
   constexpr int kItemCount = 2000;
-  const auto queue = DispatchQueue::makeSerial();
+  auto queue = DispatchQueue::makeSerial();
   std::array<std::vector<int>, 4> seen;
   std::atomic<int> runningCount = 0;
   std::atomic<int> overlapCount = 0;
   std::atomic<std::size_t> doneCount = 0;
-  std::vector<std::jthread> threads;
   for (auto& items : seen) {
-    threads.emplace_back([&] {
+    std::thread([&, queue] {
       for (int i = 0; i < kItemCount; ++i) {
-        queue->async([&, i] {
+        // The last reference ends with an item.
+        queue->async([&, i, own = queue] {
           if (++runningCount > 1) ++overlapCount;
           items.push_back(i);
           --runningCount;
           ++doneCount;
         });
       }
-    });
+    }).detach();
   }
+  queue.reset();
   EXPECT_TRUE(waitUntil([&] { return doneCount == seen.size() * kItemCount; }));
   EXPECT_EQ(overlapCount, 0);
   for (const auto& items : seen) EXPECT_TRUE(std::ranges::is_sorted(items));
-}
-
-TEST(SerialQueue, MayBeReleasedWhileItemsWaitEvenByItsOwnItem) {
-  auto queue = DispatchQueue::makeSerial();
-  std::latch start(1);
-  std::atomic<bool> hasRun = false;
-  queue->async([&, own = queue]() mutable {
-    start.wait();
-    own.reset();
-  });
-  queue->async([&] { hasRun = true; });
-  queue.reset();
-  start.count_down();
-  EXPECT_TRUE(waitUntil([&] { return hasRun.load(); }));
 }
 
 TEST(BackgroundQueues, RunItemsAtOnceAndWhenBlockedDelayNoOtherSerialQueue) {
@@ -150,26 +135,30 @@ TEST(BackgroundQueues, RunItemsAtOnceAndWhenBlockedDelayNoOtherSerialQueue) {
   }
 }
 
-TEST(BackgroundQueues, AnItemsObjectsEndOnItsThreadWhichTakesNoSignals) {
-  const std::shared_ptr<DispatchQueue> global(&DispatchQueue::globalUserInitiated(), [](auto*) {});
-  for (const auto& queue : {DispatchQueue::makeSerial(), global}) {
-    sigset_t blocked;
-    std::atomic<std::thread::id> ranOn;
-    std::atomic<std::thread::id> destroyedOn;
-    queue->async([&, captured = destructionNote(destroyedOn)] {
-      pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-      ranOn = std::this_thread::get_id();
-    });
-    ASSERT_TRUE(waitUntil([&] { return destroyedOn.load() != std::thread::id(); }));
-    EXPECT_EQ(destroyedOn.load(), ranOn.load());
-    EXPECT_NE(ranOn.load(), std::this_thread::get_id());
-    sigset_t own;
-    pthread_sigmask(SIG_BLOCK, nullptr, &own);
-    for (const int number : {SIGPIPE, SIGINT, SIGTERM}) {
-      EXPECT_TRUE(sigismember(&blocked, number)) << number;
-      EXPECT_FALSE(sigismember(&own, number)) << number;
-    }
+TEST(WorkerPool, RunsAndDestroysJobsOnItsThreadAndWithoutOneToBeHadOnTheMainQueue) {
+  auto& pool =
+      *new WorkerPool({.threadName = "test", .maximumThreadCount = 1, .maximumIdleThreadCount = 1});
+  Threads ranOn;
+  std::atomic<std::thread::id> destroyedOn;
+  std::optional<test::ThreadLimit> none(0);
+  for (const std::size_t jobCount : {2U, 3U, 4U}) {
+    destroyedOn = std::thread::id();
+    const auto submit = [&] {
+      pool.submit([&, captured = destructionNote(destroyedOn)] {
+        ranOn.push_back(std::this_thread::get_id());
+      });
+    };
+    submit();
+    if (jobCount == 2) submit();
+    // The third job finds no thread, but there is one to be had when the main queue takes it up.
+    if (jobCount == 3) none.reset();
+    EXPECT_TRUE(waitUntil([&] { return destroyedOn.load() != std::thread::id(); }));
+    EXPECT_EQ(destroyedOn.load(), ranOn.back());
+    EXPECT_TRUE(waitUntil([&] { return ranOn.size() == jobCount; }));
   }
+  const auto self = std::this_thread::get_id();
+  EXPECT_NE(ranOn.back(), self);
+  EXPECT_EQ(ranOn, (Threads{self, self, ranOn.back(), ranOn.back()}));
 }
 
 }  // namespace

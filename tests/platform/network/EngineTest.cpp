@@ -1,6 +1,10 @@
 #include "NetworkTest.h"
+#include "ThreadLimit.h"
+#include "Waiting.h"
 
 #include <QuillbayPlatform/network/Engine.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <thread>
@@ -11,15 +15,38 @@ namespace {
 using platform::Engine;
 using platform::Transfer;
 
-using EngineTest = NetworkTest;
-
-TEST_F(EngineTest, ComesAndGoesIdleAndInAnyPhaseOfATransferWhichEndsExactlyOnce) {
-  std::atomic<int> endCount = 0;
-  const auto start = [&](Engine& engine) {
+class EngineTest : public NetworkTest {
+ protected:
+  void start(Engine& engine) {
     engine.start(std::make_unique<Transfer>(request("GET", server_.address()), std::nullopt,
                                             platform::TaskProgress::create(),
-                                            [&](Transfer::Outcome) { ++endCount; }));
-  };
+                                            [this](Transfer::Outcome outcome) {
+                                              error_ = outcome.error;
+                                              ++endCount_;
+                                            }));
+  }
+
+  platform::ErrorPtr error_;  // of the last transfer, written before endCount_
+  std::atomic<int> endCount_ = 0;
+};
+
+/// While it lives, this process can open no further file and no socket.
+class NoDescriptors {
+ public:
+  NoDescriptors() {
+    ::getrlimit(RLIMIT_NOFILE, &previous_);
+    const rlimit none = {0, previous_.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
+  NoDescriptors(const NoDescriptors&) = delete;
+  NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+ private:
+  rlimit previous_;
+};
+
+TEST_F(EngineTest, ComesAndGoesIdleAndInAnyPhaseOfATransferWhichEndsExactlyOnce) {
   constexpr int roundCount = 300;
   for (int round = 0; round < roundCount; ++round) {
     const Engine idle;
@@ -30,7 +57,26 @@ TEST_F(EngineTest, ComesAndGoesIdleAndInAnyPhaseOfATransferWhichEndsExactlyOnce)
     if (round % 3 == 2) engine.stop();
     start(engine);
   }
-  EXPECT_EQ(endCount, 2 * roundCount);
+  EXPECT_EQ(endCount_, 2 * roundCount);
+}
+
+TEST_F(EngineTest, WithoutAThreadOrDescriptorATransferFailsAtOnceAndTheNextOneTriesAnew) {
+  Engine engine;
+  {
+    const ThreadLimit none(0);
+    start(engine);
+    EXPECT_EQ(endCount_, 1);
+    EXPECT_THAT(error_->description(), testing::EndsWith("the system has no thread to give"));
+  }
+  {
+    const NoDescriptors none;
+    start(engine);
+    EXPECT_EQ(endCount_, 2);
+    EXPECT_THAT(error_->description(), testing::HasSubstr("descriptor"));
+  }
+  start(engine);
+  EXPECT_TRUE(waitUntil([this] { return endCount_ == 3; }));
+  EXPECT_EQ(error_, nullptr);
 }
 
 }  // namespace

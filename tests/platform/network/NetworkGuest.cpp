@@ -1,13 +1,12 @@
 // A program that ends, or forks, while the network is at work for it. What it finds wrong is its
 // exit status.
 //
-//   NetworkGuest exit-at-once|exit|fork ADDRESS AUTHORITY FILE
+//   NetworkGuest exit-at-once|exit|fork|fork-idle|fork-unused ADDRESS AUTHORITY FILE
 
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
 #include <QuillbayPlatform/NetworkSettings.h>
 #include <QuillbayPlatform/URLSession.h>
-
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,10 +25,11 @@ using namespace quillbay::platform;
 
 enum Failure {
   threadBeforeFirstUse = 10,
-  taskNotEndedOnce,
+  calledBackTwice,
   noProgress,
   childFailed,
-  calledBackInChild
+  calledBackInChild,
+  threadInChild
 };
 
 constexpr int taskCount = 3;
@@ -37,11 +37,14 @@ std::atomic<int> callCounts[taskCount];
 const pid_t mainProcess = ::getpid();
 
 /// Registered before the network is first used, hence called after it has ended.
-void checkThatEveryTaskEndedOnce() {
-  if (::getpid() != mainProcess) return;
+void checkThatNoTaskEndedTwice() {
   for (const auto& count : callCounts) {
-    if (count != 1) ::_exit(taskNotEndedOnce);
+    if (count > 1) ::_exit(calledBackTwice);
   }
+}
+
+auto threadCount() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
 
 std::shared_ptr<URLSessionTask> startUpload(const char* address, const char* file,
@@ -53,20 +56,32 @@ std::shared_ptr<URLSessionTask> startUpload(const char* address, const char* fil
   return task;
 }
 
-/// Ends as the child of a process whose network and queues are at work. In this process none is.
+/// Ends as the child of a process that has used the queues. In this process none is at work.
 [[noreturn]] void beChild(const char* address, const char* file, DispatchQueue& serial) {
   static std::atomic<int> count = 0;
+  const auto initialThreadCount = threadCount();  // a sanitizer may have one
   startUpload(address, file, count);
-  for (auto* queue : {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(), &serial}) {
+  URLSession::shared()
+      .dataTask(URLRequest("DELETE", URL::parse(address).value()), [](auto&&...) { ++count; })
+      ->resume();
+  const auto own = DispatchQueue::makeSerial();
+  for (auto* queue :
+       {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(), &serial, own.get()}) {
     queue->async([] { ::_exit(calledBackInChild); });
   }
+  if (threadCount() > initialThreadCount) ::_exit(threadInChild);
   setMainQueuePoster(nullptr);
   stopMainQueue();
   runMainQueue([] { return count > 0; }, std::chrono::milliseconds(50));
   std::exit(count > 0 ? calledBackInChild : 0);
 }
 
-void fork(const char* address, const char* file) {
+void await(pid_t child) {
+  int status = 0;
+  if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+}
+
+void forkBusy(const char* address, const char* file) {
   const auto serial = DispatchQueue::makeSerial();
   // So that the forks come upon any state of the queues.
   const std::jthread busy([&](const std::stop_token& stop) {
@@ -78,11 +93,10 @@ void fork(const char* address, const char* file) {
       ran.wait();
     }
   });
-  for (int round = 0; round < 10; ++round) {
+  for (int round = 0; round < 3; ++round) {
     const pid_t child = ::fork();
     if (child == 0) beChild(address, file, *serial);
-    int status = 0;
-    if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+    await(child);
   }
 }
 
@@ -95,19 +109,27 @@ int main(int, char** arguments) {
   const std::string_view mode = arguments[1];
   const char* const address = arguments[2];
   const char* const file = arguments[4];
-  const std::filesystem::directory_iterator threads("/proc/self/task");
-  if (std::distance(threads, {}) != 1) return threadBeforeFirstUse;
-
-  std::atexit(checkThatEveryTaskEndedOnce);
   NetworkSettings settings;
   settings.caBundlePath = arguments[3];
   NetworkSettings::set(settings);
+  if (threadCount() != 1) return threadBeforeFirstUse;
+
+  if (mode == "fork-idle") DispatchQueue::main().async([] {});
+  if (mode == "fork-idle" || mode == "fork-unused") {
+    if (const pid_t child = ::fork()) {
+      await(child);
+      return 0;
+    }
+    if (mode == "fork-idle") beChild(address, file, DispatchQueue::main());
+    // A child of a process that has used nothing lives on like any other.
+  }
+  std::atexit(checkThatNoTaskEndedTwice);
   std::vector<std::shared_ptr<URLSessionTask>> tasks;
   for (auto& count : callCounts) tasks.push_back(startUpload(address, file, count));
   if (mode == "exit-at-once") return 0;
 
   const auto isMoving = [&] { return tasks.back()->progress()->fractionCompleted() > 0; };
-  if (!runMainQueue(isMoving, std::chrono::seconds(60))) ::_exit(noProgress);
-  if (mode == "fork") fork(address, file);
+  if (!runMainQueue(isMoving, std::chrono::seconds(10))) ::_exit(noProgress);
+  if (mode == "fork") forkBusy(address, file);
   std::exit(0);
 }
