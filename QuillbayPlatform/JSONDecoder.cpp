@@ -10,12 +10,6 @@ namespace {
 
 namespace ondemand = simdjson::ondemand;
 
-/// simdjson makes its implementations with their first use, and exit destroys first what was made
-/// last. Used while this library is loaded, they outlive every thread of ours, also when another
-/// thread exits during our first use of anything.
-[[maybe_unused]] const bool isImplementationChosen =
-    !simdjson::get_active_implementation()->name().empty();
-
 std::string_view withoutTrailingWhitespace(std::string_view token) {
   const std::size_t last = token.find_last_not_of(" \t\r\n");
   return token.substr(0, last + 1);

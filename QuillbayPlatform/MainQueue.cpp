@@ -9,12 +9,16 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace quillbay::platform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+/// How long exit on one thread waits for an item on another, which may be waiting for that thread.
+constexpr std::chrono::seconds kLongestItemAtExit(1);
 
 /// All items stand in one list, whoever runs them: so their order does not depend on the host's
 /// loop, and an item that the loop forgets is never destroyed on a strange thread. Before any lock
@@ -30,6 +34,7 @@ class MainQueue final : public DispatchQueue {
 
   void async(Work work) override {
     if (!work || isForkedChild()) return;
+    std::call_once(isRegistered_, [this] { stopAtExit([this] { awaitRunningItem(); }); });
     std::shared_ptr<const Poster> poster;
     {
       const std::lock_guard lock(mutex_);
@@ -76,20 +81,40 @@ class MainQueue final : public DispatchQueue {
   }
 
   void runOneItem() {
-    if (Work work = takeItem()) work();
+    if (Work work = takeItem()) perform(std::move(work));
+  }
+
+  void perform(Work work) {
+    work();
+    work = nullptr;
+    if (isForkedChild()) return;
+    const std::lock_guard lock(mutex_);
+    runner_ = std::thread::id();
+    if (isProcessExiting()) changed_.notify_all();
   }
 
   Work takeItem() {
-    if (isForkedChild() || isProcessExiting()) return nullptr;
+    if (isForkedChild()) return nullptr;
     const std::lock_guard lock(mutex_);
     return takeFirst();
   }
 
+  /// To be performed by this thread.
   Work takeFirst() {
-    if (items_.empty()) return nullptr;
+    if (items_.empty() || isProcessExiting()) return nullptr;
     Work work = std::move(items_.front());
     items_.pop_front();
+    runner_ = std::this_thread::get_id();
     return work;
+  }
+
+  /// After it, no item runs on another thread, nor will.
+  void awaitRunningItem() {
+    const auto isSettled = [this] {
+      return runner_ == std::thread::id() || runner_ == std::this_thread::get_id();
+    };
+    std::unique_lock lock(mutex_);
+    changed_.wait_for(lock, kLongestItemAtExit, isSettled);
   }
 
   bool runUntil(const std::function<bool()>& condition, std::optional<Clock::time_point> deadline) {
@@ -97,7 +122,7 @@ class MainQueue final : public DispatchQueue {
       if (condition && condition()) return true;
       Work work = awaitItem(deadline);
       if (!work) return false;
-      work();
+      perform(std::move(work));
     }
   }
 
@@ -118,10 +143,12 @@ class MainQueue final : public DispatchQueue {
     return isStopRequested_ ? nullptr : takeFirst();
   }
 
+  std::once_flag isRegistered_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> items_;
   std::shared_ptr<const Poster> poster_;
+  std::thread::id runner_;  ///< of the item in progress
   bool isStopRequested_ = false;
 };
 

@@ -10,7 +10,8 @@ namespace quillbay::platform {
 /// - A program without an event loop drains it itself, on one thread, with `runMainQueue`.
 /// - A host with a loop of its own calls `setMainQueuePoster` once, before first use.
 ///
-/// Once the process exits, no item begins any more.
+/// Once the process exits, no item begins any more; one that runs on another thread is awaited for
+/// a second.
 
 /// Runs work items on this thread until `stopMainQueue`; work left over stays for the next run.
 void runMainQueue();

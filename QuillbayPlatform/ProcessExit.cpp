@@ -3,6 +3,7 @@
 #include <QuillbayPlatform/SHA256.h>
 #include <curl/curl.h>
 #include <openssl/ssl.h>
+#include <simdjson.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -41,10 +42,16 @@ void stopAll() {
   while (const auto stop = takeLastStop()) stop();
 }
 
-/// Libraries register destructors at their first use, and exit runs what was registered last first:
-/// each must be used once before our hook is registered, or exit takes it from a running thread.
-/// The reader of JSON sees to that itself.
-void useLibrariesOnce() {
+/// Exit runs first what was registered last, destructors of libraries included, which they register
+/// with their first use. Whatever a thread of ours may touch is therefore used before the hook is
+/// registered. This is done while this library is loaded: another thread may exit during our first
+/// use of anything, and then no thread may start any more.
+[[maybe_unused]] const bool isExitWatched = [] {
+  static_cast<void>(simdjson::get_active_implementation()->name());
+  return std::atexit(stopAll) == 0;
+}();
+
+void useNetworkLibrariesOnce() {
   // Unless the host came first, OpenSSL does not take itself down: another thread may exit during
   // this call, and a forked child would meet locks that threads of its parent held.
   OPENSSL_init_ssl(OPENSSL_INIT_NO_ATEXIT, nullptr);
@@ -67,7 +74,8 @@ void prepareProcess() {
   if (isForkedChild()) return;
   static constinit std::once_flag isPrepared;
   std::call_once(isPrepared, [] {
-    useLibrariesOnce();
+    useNetworkLibrariesOnce();
+    // Once more, ahead of what the host has registered in between: it may have used OpenSSL first.
     // Refused when another thread has ended the process meanwhile.
     if (std::atexit(stopAll) != 0) hasExitBegun = true;
   });

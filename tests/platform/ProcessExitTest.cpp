@@ -40,7 +40,7 @@ struct Record {
 
 TEST_F(ProcessExitTest, WhatRunsIsAwaitedWithItsLibrariesAndWhatWaitsIsKept) {
   for (const bool exitsOnMainThread : {true, false}) {
-    expectExit(0, "^ended;$", [=] {
+    expectExit(0, exitsOnMainThread ? "^ended;$" : "^ended;on the main queue;$", [=] {
       // Called once our threads have ended.
       std::atexit([] { runMainQueue(); });
       if (exitsOnMainThread) setMainQueuePoster([](std::function<void()>) { note("posted;"); });
@@ -64,7 +64,13 @@ TEST_F(ProcessExitTest, WhatRunsIsAwaitedWithItsLibrariesAndWhatWaitsIsKept) {
       queue->async([object = std::move(object)] { note("waiting;"); });
       queue.reset();
       if (exitsOnMainThread) std::exit(0);
-      std::thread([] { std::exit(0); }).detach();
+      DispatchQueue::main().async([] {
+        std::thread([] { std::exit(0); }).detach();
+        while (!isProcessExiting()) std::this_thread::yield();
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+        while (std::chrono::steady_clock::now() < end) std::this_thread::yield();
+        note("on the main queue;");
+      });
       runMainQueue();
       note("returned;");
     });
