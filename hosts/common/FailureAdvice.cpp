@@ -123,7 +123,10 @@ FailureCause causeOfStoreCode(std::string_view code) {
 /// Of the request to the object store, whose address is none of the host's choice.
 FailureCause causeOfUpload(URLError::Code code) {
   if (code == URLError::Code::cannotReadFile) return FailureCause::filesUnreadable;
-  if (code == URLError::Code::dataLengthExceedsMaximum) return FailureCause::storeReplyMalformed;
+  if (code == URLError::Code::badServerResponse ||
+      code == URLError::Code::dataLengthExceedsMaximum) {
+    return FailureCause::storeReplyMalformed;
+  }
   return FailureCause::storeUnanswered;
 }
 
@@ -147,6 +150,7 @@ FailureCause causeOfTransfer(URLError::Code code, const NetworkOptions& network)
     case Code::unsupportedURL:
     case Code::tooManyRedirects:
       return FailureCause::addressRefused;
+    case Code::badServerResponse:
     case Code::dataLengthExceedsMaximum:
       return FailureCause::serviceReplyMalformed;
     case Code::cannotReadFile:
