@@ -165,6 +165,7 @@ TEST_F(Link, ServesPartsOfAFile) {
   for (const auto& [range, status, contentRange, body] : rows) {
     SCOPED_TRACE(range);
     const auto reply = client_->Get(path, {{"Range", range}});
+    ASSERT_TRUE(reply);
     EXPECT_EQ(reply->status, status);
     EXPECT_EQ(reply->get_header_value("Content-Range"), contentRange);
     EXPECT_EQ(reply->body, body);
