@@ -132,10 +132,11 @@ TEST_F(ShareViewControllerTest, APasswordOfOneToThreeCharactersIsRefusedWithAnAl
     EXPECT_EQ(message()->standardButtons(), QMessageBox::Ok);
     setDoubleClickInterval(kEndless);
     press(Qt::Key_Return);
+    ASSERT_NE(message(), nullptr) << "a quick key does not dismiss it unread";
     click(*message()->button(QMessageBox::Ok));
     setDoubleClickInterval(0);
     test::repeat(Qt::Key_Return);
-    ASSERT_NE(message(), nullptr) << "a quick or held key does not dismiss it unread";
+    ASSERT_NE(message(), nullptr) << "nor a quick click, nor a held key";
     press(Qt::Key_Return);
     EXPECT_EQ(message(), nullptr);
     EXPECT_EQ(controller_->sessionConfiguration(), given);
@@ -197,14 +198,14 @@ TEST_F(ShareViewControllerTest, ReturnInAnOpenMenuAndInATextOfSeveralLinesIsThei
   EXPECT_EQ(calls(), (std::vector<qsizetype>{0, 0, 0}));
 }
 
-TEST_F(ShareViewControllerTest, ADoubleClickIsOneActionAndNoneOnWhatHasJustAppeared) {
+TEST_F(ShareViewControllerTest, WhatHasJustAppearedTakesNoAction) {
   const std::pair<const char*, std::function<void()>> rows[] = {
       {"Return", [] { press(Qt::Key_Return); }},
       {"Escape", [] { press(Qt::Key_Escape); }},
+      {"Space", [] { press(Qt::Key_Space); }},
       {"a click on help", [&] { click(controller_->helpButton()); }},
       {"a click on Cancel", [&] { click(controller_->cancelButton()); }},
       {"a click on Share", [&] { click(controller_->shareButton()); }},
-      {"Space", [] { press(Qt::Key_Space); }},
   };
   for (const auto& [name, act] : rows) {
     SCOPED_TRACE(name);
@@ -217,9 +218,19 @@ TEST_F(ShareViewControllerTest, ADoubleClickIsOneActionAndNoneOnWhatHasJustAppea
     EXPECT_THAT(calls(), testing::Each(0)) << "of the gesture before";
     setDoubleClickInterval(0);
     act();
-    setDoubleClickInterval(kEndless);
-    act();
     EXPECT_THAT(calls(), testing::UnorderedElementsAre(0, 0, 1));
+  }
+}
+
+TEST_F(ShareViewControllerTest, ADoubleClickIsOneAction) {
+  setDoubleClickInterval(kEndless);
+  for (const int index : {0, 1, 2}) {
+    create();
+    browser_.opened.clear();
+    // Loaded but not shown: nothing before the first click keeps the second from counting.
+    controller_->view();
+    for (int count = 0; count < 2; ++count) QTest::mouseClick(buttons()[index], Qt::LeftButton);
+    EXPECT_THAT(calls(), testing::UnorderedElementsAre(0, 0, 1)) << index;
   }
 }
 
