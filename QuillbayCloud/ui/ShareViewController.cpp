@@ -127,6 +127,10 @@ void ShareViewController::setBrandingImage(QImage image) {
   brandingImageView_->setImage(std::move(image));
 }
 
+void ShareViewController::setContentPreview(QImage image) {
+  configurationView_->imageView().setImage(std::move(image));
+}
+
 void ShareViewController::loadView() {
   auto view = std::make_unique<core::FormSheetContentView>();
   for (QWidget* const control :

@@ -72,6 +72,10 @@ class ShareViewController : public platform::ViewController {
   const QImage& brandingImage() const;
   void setBrandingImage(QImage image);
 
+  /// Replaces the preview beside the form, such as when the content has changed; a null image is
+  /// none. `configuration()` keeps the first.
+  void setContentPreview(QImage image);
+
   const Configuration& configuration() const { return configuration_; }
 
   void loadView() override;
