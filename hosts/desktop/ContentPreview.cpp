@@ -7,6 +7,9 @@
 #include <QImageReader>
 #include <QMimeDatabase>
 #include <QStyle>
+#include <ranges>
+
+#include "ShownText.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -14,8 +17,9 @@ namespace {
 // Enough for the 80 of the sheet on a screen of three times the resolution.
 constexpr int kThumbnailPixels = 240;
 constexpr int kIconSize = 80;
-// Somebody waits for the window.
+// The window appears only when the preview is there.
 constexpr qint64 kMostPixels = 60'000'000;
+constexpr int kMostFilesLookedInto = 50;
 
 QString fileName(const std::string& path) {
   return QFile::decodeName(QByteArray::fromStdString(path));
@@ -40,16 +44,23 @@ QImage typeIcon(const QMimeType& type) {
   return icon.pixmap(QSize(kIconSize, kIconSize), qApp->devicePixelRatio()).toImage();
 }
 
+/// With the name that a screen reader says.
+QImage described(QImage image, const std::string& path) {
+  image.setText("Description", shownName(path.substr(path.rfind('/') + 1)));
+  return image;
+}
+
 }  // namespace
 
 QImage contentPreview(const std::vector<std::string>& paths) {
   const QMimeDatabase types;
-  for (const std::string& path : paths) {
+  for (const std::string& path : paths | std::views::take(kMostFilesLookedInto)) {
     const QString name = fileName(path);
     if (!types.mimeTypeForFile(name).name().startsWith("image/")) continue;
-    if (QImage image = thumbnail(name); !image.isNull()) return image;
+    if (QImage image = thumbnail(name); !image.isNull()) return described(image, path);
   }
-  return paths.empty() ? QImage() : typeIcon(types.mimeTypeForFile(fileName(paths.front())));
+  if (paths.empty()) return {};
+  return described(typeIcon(types.mimeTypeForFile(fileName(paths.front()))), paths.front());
 }
 
 }  // namespace quillbay::desktop

@@ -4,8 +4,8 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <utility>
 
+#include "Accessibility.h"
 #include "Localized.h"
 
 namespace quillbay::desktop {
@@ -15,9 +15,22 @@ constexpr int kMargin = 24;
 constexpr int kFrameInset = 16;
 constexpr int kFrameRadius = 10;
 
+/// Midway between text and ground: it is told from the ground at a contrast of 3:1 and more, on
+/// light and on dark.
+QColor frameColor(const QPalette& palette) {
+  const QColor text = palette.color(QPalette::WindowText);
+  const QColor ground = palette.color(QPalette::Window);
+  const auto middle = [](int a, int b) { return (a + b) / 2; };
+  return {middle(text.red(), ground.red()), middle(text.green(), ground.green()),
+          middle(text.blue(), ground.blue())};
+}
+
 }  // namespace
 
-DropPage::DropPage(std::function<void()> choose) {
+DropPage::DropPage(const Actions& actions)
+    : undoButton_(*new QPushButton(localized("files.undo"))) {
+  setAccessibleRole(*this, QAccessible::Grouping);
+  setAccessibleName(localized("drop.title"));
   auto* const title = new QLabel(localized("drop.title"));
   title->setTextFormat(Qt::PlainText);
   title->setAlignment(Qt::AlignCenter);
@@ -26,26 +39,31 @@ DropPage::DropPage(std::function<void()> choose) {
   large.setPointSizeF(large.pointSizeF() * 1.3);
   title->setFont(large);
 
-  auto* const button = new QPushButton(localized("drop.choose"));
-  button->setAutoDefault(true);
-  button->setDefault(true);
-  connect(button, &QPushButton::clicked, this, std::move(choose));
+  auto* const chooseButton = new QPushButton(localized("drop.choose"));
+  chooseButton->setAutoDefault(true);
+  chooseButton->setDefault(true);
+  connect(chooseButton, &QPushButton::clicked, this, actions.choose);
+  undoButton_.hide();
+  connect(&undoButton_, &QPushButton::clicked, this, actions.undoRemoval);
 
   auto* const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(kFrameInset + kMargin, kFrameInset + kMargin, kFrameInset + kMargin,
-                             kFrameInset + kMargin);
+  constexpr int kInset = kFrameInset + kMargin;
+  layout->setContentsMargins(kInset, kInset, kInset, kInset);
   layout->setSpacing(kMargin);
   layout->addStretch();
   layout->addWidget(title);
-  layout->addWidget(button, 0, Qt::AlignHCenter);
+  layout->addWidget(chooseButton, 0, Qt::AlignHCenter);
+  layout->addWidget(&undoButton_, 0, Qt::AlignHCenter);
   layout->addStretch();
-  setFocusProxy(button);
+  setFocusProxy(chooseButton);
 }
+
+void DropPage::setCanUndo(bool canUndo) { undoButton_.setVisible(canUndo); }
 
 void DropPage::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(palette().color(QPalette::Mid), 2, Qt::DashLine));
+  painter.setPen(QPen(frameColor(palette()), 2, Qt::DashLine));
   painter.drawRoundedRect(
       QRectF(rect()).adjusted(kFrameInset, kFrameInset, -kFrameInset, -kFrameInset), kFrameRadius,
       kFrameRadius);

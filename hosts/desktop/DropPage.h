@@ -3,16 +3,29 @@
 #include <QWidget>
 #include <functional>
 
+class QPushButton;
+
 namespace quillbay::desktop {
 
 /// What the window shows while there is nothing to share: an invitation to drop files, and a
 /// button to choose some. Main thread only.
 class DropPage : public QWidget {
  public:
-  explicit DropPage(std::function<void()> choose);
+  struct Actions {
+    std::function<void()> choose;
+    std::function<void()> undoRemoval;
+  };
+
+  explicit DropPage(const Actions& actions);
+
+  /// Whether files were removed that can be put back.
+  void setCanUndo(bool canUndo);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QPushButton& undoButton_;
 };
 
 }  // namespace quillbay::desktop

@@ -5,8 +5,10 @@
 #include <QString>
 #include <QStringList>
 #include <QUrl>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quillbay::desktop {
@@ -20,27 +22,42 @@ class FileSelection {
   /// The same for what was dropped or chosen.
   QStringList add(const QList<QUrl>& urls);
 
+  /// Takes the files at `rows` out.
+  void remove(std::vector<std::size_t> rows);
+  /// Puts back what the last removal took out.
+  void undoRemoval();
+  bool canUndoRemoval() const { return !removals_.empty(); }
+
   bool isEmpty() const { return files_.empty(); }
+  std::size_t count() const { return files_.size(); }
+  /// The name at `row` as it is to be shown.
+  QString name(std::size_t row) const { return files_[row].name; }
+  std::uint64_t byteCount(std::size_t row) const { return files_[row].byteCount; }
   std::vector<std::string> paths() const;
   std::vector<platform::URL> urls() const;
-  std::vector<std::uint64_t> byteCounts() const;
 
+  /// How many and how large in all: "3 files, 1.2 MB".
+  QString extent() const;
   /// One line for people: the first name, how many more, how large in all.
   QString summary() const;
-  /// All names, one a line.
-  QString names() const;
 
  private:
   struct File {
     std::string path;
     platform::URL url;
+    QString name;
     std::uint64_t byteCount;
   };
+  /// Files with the rows that they had, ascending.
+  using Removal = std::vector<std::pair<std::size_t, File>>;
 
   /// Empty if the file was added or is there already.
   QString problemWhileAdding(const std::string& path);
+  bool contains(const platform::URL& url) const;
+  std::uint64_t totalByteCount() const;
 
   std::vector<File> files_;
+  std::vector<Removal> removals_;
 };
 
 }  // namespace quillbay::desktop

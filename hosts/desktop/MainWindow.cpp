@@ -1,21 +1,19 @@
 #include "MainWindow.h"
 
+#include <QuillbayCloud/ui/ShareViewController.h>
+
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStackedLayout>
-#include <QVBoxLayout>
 #include <utility>
 
-#include "ContentPreview.h"
 #include "DropPage.h"
-#include "ElidedLabel.h"
+#include "FormPage.h"
 #include "Localized.h"
 #include "Notification.h"
 #include "RunPage.h"
@@ -25,33 +23,40 @@ namespace {
 
 using Phase = ShareRun::Phase;
 
-constexpr int kFilesLineMargin = 16;
 constexpr QSize kDropSize(460, 340);
 constexpr qsizetype kMostProblemsShown = 8;
 
 }  // namespace
 
-MainWindow::MainWindow(std::string instanceIdentifier, const std::vector<std::string>& paths)
-    : instanceIdentifier_(std::move(instanceIdentifier)),
+MainWindow::MainWindow(const Arguments& arguments)
+    : arguments_(arguments),
+      guard_(*this),
       pages_(*new QStackedLayout(this)),
-      dropPage_(*new DropPage([this] { chooseFiles(); })) {
+      dropPage_(*new DropPage(
+          {.choose = [this] { chooseFiles(); }, .undoRemoval = [this] { undoRemoval(); }})) {
   setWindowTitle(localized("app.name"));
   setAcceptDrops(true);
   pages_.addWidget(&dropPage_);
-  const QStringList problems = files_.add(paths);
+  connect(new QShortcut(QKeySequence::HelpContents, this), &QShortcut::activated, this,
+          [] { cloud::ShareViewController::didSelectHelpButton(); });
+  // In a text field the key undoes typing.
+  connect(new QShortcut(QKeySequence::Undo, this), &QShortcut::activated, this,
+          [this] { undoRemoval(); });
+  const QStringList problems = files_.add(arguments_.files);
   if (files_.isEmpty()) {
     resize(kDropSize);
   } else {
     makeForm();
   }
-  // When the window is there for the message to stand on.
-  QMetaObject::invokeMethod(this, [this, problems] { filesAdded(problems); }, Qt::QueuedConnection);
+  // When the window is there for the message to appear on.
+  QMetaObject::invokeMethod(
+      this, [this, problems] { showProblems(problems); }, Qt::QueuedConnection);
 }
 
 MainWindow::~MainWindow() = default;
 
 void MainWindow::chooseFiles() {
-  auto* const dialog = new QFileDialog(this, localized("drop.choose"));
+  auto* const dialog = new QFileDialog(this, localized("drop.choose").remove('&'));
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setFileMode(QFileDialog::ExistingFiles);
   connect(dialog, &QFileDialog::urlsSelected, this,
@@ -59,56 +64,63 @@ void MainWindow::chooseFiles() {
   dialog->open();
 }
 
+void MainWindow::dropFiles(const QMimeData& dropped) { filesAdded(files_.add(dropped.urls())); }
+
+void MainWindow::undoRemoval() {
+  if (!isEditing()) return;
+  files_.undoRemoval();
+  filesChanged();
+}
+
 void MainWindow::filesAdded(const QStringList& problems) {
-  if (!files_.isEmpty() && formPage_ == nullptr) makeForm();
-  if (filesLabel_ != nullptr) {
-    filesLabel_->setText(files_.summary());
-    filesLabel_->setToolTip(files_.names().toHtmlEscaped().replace('\n', "<br>"));
-  }
+  filesChanged();
+  showProblems(problems);
+}
+
+void MainWindow::showProblems(const QStringList& problems) {
   if (problems.isEmpty()) return;
   QStringList shown = problems.first(qMin(problems.size(), kMostProblemsShown));
   const qsizetype hidden = problems.size() - shown.size();
   if (hidden > 0) shown.append(localized("problem.more").arg(hidden));
-  makeMessage(localized("problem.title"), shown.join('\n'))->open();
+  showDialog(*makeMessage(localized("problem.title"), shown.join('\n')));
+}
+
+void MainWindow::filesChanged() {
+  dropPage_.setCanUndo(files_.canUndoRemoval());
+  if (files_.isEmpty()) {
+    if (formPage_ != nullptr) showPage(dropPage_);
+    return;
+  }
+  if (formPage_ == nullptr) return makeForm();
+  formPage_->filesChanged();
+  showPage(*formPage_);
 }
 
 void MainWindow::makeForm() {
-  const QImage preview = contentPreview(files_.paths());
-  sheet_ = cloud::ShareViewController::create({cloud::SessionConfiguration::default_(), preview});
-  sheet_->setOnConfirm([this](const cloud::SessionConfiguration& chosen) { startRun(chosen); });
-  sheet_->setOnCancel([this] { close(); });
-
-  formPage_ = new QWidget;
-  auto* const layout = new QVBoxLayout(formPage_);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  layout->addWidget(makeFilesLine());
-  layout->addWidget(&sheet_->view(), 1);
+  formPage_ = new FormPage(
+      files_, {.addFiles = [this] { chooseFiles(); },
+               .undoRemoval = [this] { undoRemoval(); },
+               .filesRemoved = [this] { filesChanged(); },
+               .dropFiles = [this](const QMimeData& dropped) { dropFiles(dropped); },
+               .share = [this](const cloud::SessionConfiguration& chosen) { startRun(chosen); },
+               .cancel = [this] { close(); }});
   pages_.addWidget(formPage_);
-  pages_.setCurrentWidget(formPage_);
-}
-
-QWidget* MainWindow::makeFilesLine() {
-  auto* const line = new QWidget;
-  auto* const layout = new QHBoxLayout(line);
-  layout->setContentsMargins(kFilesLineMargin, kFilesLineMargin, kFilesLineMargin, 0);
-  filesLabel_ = new ElidedLabel(files_.summary());
-  layout->addWidget(filesLabel_, 1);
-  auto* const addButton = new QPushButton(localized("files.add"));
-  addButton->setAutoDefault(true);
-  connect(addButton, &QPushButton::clicked, this, &MainWindow::chooseFiles);
-  layout->addWidget(addButton);
-  return line;
+  showPage(*formPage_);
 }
 
 void MainWindow::startAnew() {
   files_ = {};
-  sheet_.reset();
+  dropPage_.setCanUndo(false);
   removePage(std::exchange(runPage_, nullptr));
   removePage(std::exchange(formPage_, nullptr));
-  filesLabel_ = nullptr;
-  pages_.setCurrentWidget(&dropPage_);
+  showPage(dropPage_);
   dropPage_.setFocus();
+}
+
+void MainWindow::showPage(QWidget& page) {
+  if (pages_.currentWidget() == &page) return;
+  pages_.setCurrentWidget(&page);
+  guard_.restart();
 }
 
 void MainWindow::removePage(QWidget* page) {
@@ -121,43 +133,66 @@ void MainWindow::removePage(QWidget* page) {
 
 void MainWindow::startRun(const cloud::SessionConfiguration& configuration) {
   if (isRunning()) return;
-  run_ = std::make_unique<ShareRun>(cloud::SessionContext(instanceIdentifier_, files_.urls()),
-                                    configuration, files_.byteCounts());
+  formPage_->showNotice(std::nullopt);
+  isLinkSettled_ = false;
+  run_ = std::make_unique<ShareRun>(
+      cloud::SessionContext(arguments_.instanceIdentifier, files_.urls()), configuration,
+      files_.paths(), arguments_.network);
   run_->setOnChange([this] { runChanged(); });
-  runPage_ = new RunPage(*run_, files_.summary(),
+  runPage_ = new RunPage(*run_, files_,
                          {.cancel = [this] { run_->cancel(); },
-                          .shareMore = [this] { startAnew(); },
+                          .shareMore = [this] { settleLinkThen([this] { startAnew(); }); },
+                          .deleteLink = [this] { askBeforeDeleting(); },
                           .close = [this] { close(); }});
   pages_.addWidget(runPage_);
-  pages_.setCurrentWidget(runPage_);
+  showPage(*runPage_);
+  runPage_->setFocus();
   run_->start();
 }
 
 void MainWindow::runChanged() {
-  if (run_->phase() == Phase::failed || run_->phase() == Phase::cancelled) return runCutShort();
   runPage_->showPhase();
-  if (run_->phase() != Phase::done) return;
-  if (closeQuestion_) closeQuestion_->close();
-  notify(*this, localized("notice.done"), run_->link());
+  if (!run_->isOver()) return;
+  if (question_) question_->close();
+  guard_.restart();
+  if (run_->phase() != Phase::done) return runEnded();
+  if (std::exchange(isClosing_, false)) close();
+  if (!run_->isSessionLeft()) notify(*this, localized("notice.done"), run_->link());
 }
 
-void MainWindow::runCutShort() {
-  hasAbandonedWork_ = true;
-  if (closeQuestion_) closeQuestion_->close();
+void MainWindow::runEnded() {
   removePage(std::exchange(runPage_, nullptr));
-  pages_.setCurrentWidget(formPage_);
-  const bool hasFailed = run_->phase() == Phase::failed;
-  if (run_->isSessionLeft()) showLeftover();
-  if (isClosing_) {
-    if (!run_->isSessionLeft()) close();
-    return;
+  showPage(*formPage_);
+  showOutcome();
+  // A link that may still work has to be seen first.
+  if (isTerminating_ || !run_->isSessionLeft()) {
+    if (isClosing_) close();
   }
-  if (!hasFailed) return;
-  showFailure();
-  notify(*this, localized("notice.failed"), run_->failureText());
+  isClosing_ = false;
 }
 
-void MainWindow::cancelAndClose() {
+void MainWindow::showOutcome() {
+  const QString leftover = localized("leftover.message").arg(run_->link());
+  switch (run_->phase()) {
+    case Phase::deleted:
+      return formPage_->showNotice({{localized("deleted.title"), localized("deleted.message")}});
+    case Phase::cancelled:
+      if (run_->isSessionLeft()) formPage_->showNotice({{localized("leftover.title"), leftover}});
+      return;
+    default:
+      break;
+  }
+  QString text = run_->failureText();
+  if (run_->isSessionLeft())
+    text += "\n\n" + leftover;
+  else if (!run_->link().isEmpty())
+    text += "\n\n" + localized("failure.link-deleted");
+  formPage_->showNotice({{localized("failure.title"), text}});
+  if (!isClosing_) notify(*this, localized("notice.failed"), run_->failureText());
+}
+
+void MainWindow::terminate() {
+  isTerminating_ = true;
   isClosing_ = true;
   if (!isRunning()) {
     close();
@@ -166,27 +201,67 @@ void MainWindow::cancelAndClose() {
   run_->cancel();
 }
 
+QString MainWindow::lastWords() const {
+  if (!isTerminating_ || !run_) return {};
+  if (wouldLoseLink()) return localized("notice.done") + ": " + run_->link();
+  if (run_->phase() == Phase::done || !run_->isSessionLeft()) return {};
+  return localized("leftover.title") + " " + localized("leftover.message").arg(run_->link());
+}
+
+bool MainWindow::wouldLoseLink() const {
+  return runPage_ != nullptr && run_->phase() == Phase::done && !runPage_->isLinkPassedOn() &&
+         !isLinkSettled_;
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (!event->spontaneous()) guard_.restart();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
-  if (!isRunning()) return event->accept();
+  const bool mayClose = !isRunning() && (isTerminating_ || !wouldLoseLink());
+  if (mayClose) return event->accept();
   event->ignore();
-  if (run_->phase() == Phase::cleaningUp) {
+  if (!isRunning()) {
+    settleLinkThen([this] { close(); });
+  } else if (run_->phase() == Phase::cleaningUp || run_->phase() == Phase::deleting) {
     isClosing_ = true;
-  } else if (!closeQuestion_ || !closeQuestion_->isVisible()) {
+  } else {
     askBeforeClosing();
   }
 }
 
 void MainWindow::askBeforeClosing() {
-  closeQuestion_ = makeMessage(localized("close.title"), localized("close.message"));
-  closeQuestion_->setIcon(QMessageBox::Question);
-  closeQuestion_->setStandardButtons(QMessageBox::NoButton);
-  auto* const goOn = closeQuestion_->addButton(localized("close.go-on"), QMessageBox::RejectRole);
-  auto* const cancel =
-      closeQuestion_->addButton(localized("close.cancel"), QMessageBox::DestructiveRole);
-  closeQuestion_->setDefaultButton(goOn);
-  closeQuestion_->setEscapeButton(goOn);
-  connect(cancel, &QPushButton::clicked, this, &MainWindow::cancelAndClose);
-  closeQuestion_->open();
+  const bool hasLink = run_->phase() == Phase::uploading;
+  ask(localized(hasLink ? "close.title" : "close.early.title"),
+      localized(hasLink ? "close.message" : "close.early.message"),
+      {{"close.go-on", QMessageBox::RejectRole},
+       {hasLink ? "close.cancel" : "close.early.cancel", QMessageBox::DestructiveRole, [this] {
+          isClosing_ = true;
+          run_->cancel();
+        }}});
+}
+
+void MainWindow::askBeforeDeleting() {
+  ask(localized("delete.title"), localized("delete.message"),
+      {{"delete.keep", QMessageBox::RejectRole},
+       {"run.delete", QMessageBox::DestructiveRole, [this] { run_->deleteShare(); }}});
+}
+
+void MainWindow::settleLinkThen(const std::function<void()>& action) {
+  if (!wouldLoseLink()) return action();
+  const auto settle = [this, action] {
+    isLinkSettled_ = true;
+    action();
+  };
+  ask(localized("uncopied.title"), localized("uncopied.message").arg(run_->link()),
+      {{"run.copy", QMessageBox::AcceptRole,
+        [this, settle] {
+          runPage_->copyLink();
+          settle();
+        }},
+       {"uncopied.drop", QMessageBox::DestructiveRole, settle},
+       {"uncopied.back", QMessageBox::RejectRole}});
 }
 
 QMessageBox* MainWindow::makeMessage(const QString& title, const QString& text) {
@@ -200,34 +275,33 @@ QMessageBox* MainWindow::makeMessage(const QString& title, const QString& text) 
   return message;
 }
 
-void MainWindow::showFailure() {
-  QMessageBox* const message = makeMessage(localized("failure.title"), run_->failureText());
-  message->setIcon(QMessageBox::Critical);
-  message->setStandardButtons(QMessageBox::Retry | QMessageBox::Close);
-  message->setDefaultButton(QMessageBox::Retry);
-  connect(message, &QMessageBox::buttonClicked, this, [this, message](QAbstractButton* button) {
-    if (button == message->button(QMessageBox::Retry)) sheet_->didSelectShareButton();
-  });
-  message->open();
+void MainWindow::showDialog(QMessageBox& message) {
+  message.open();
+  guard_.restart();
 }
 
-void MainWindow::showLeftover() {
-  QMessageBox* const message =
-      makeMessage(localized("leftover.title"), localized("leftover.message").arg(run_->link()));
-  connect(message, &QMessageBox::finished, this, [this] {
-    if (isClosing_) close();
-  });
-  message->open();
+void MainWindow::ask(const QString& title, const QString& text,
+                     std::initializer_list<Answer> answers) {
+  if (question_ && question_->isVisible()) return;
+  question_ = makeMessage(title, text);
+  question_->setIcon(QMessageBox::Question);
+  question_->setStandardButtons(QMessageBox::NoButton);
+  // The first answer is the default one; Escape is the one that rejects.
+  for (const Answer& answer : answers) {
+    auto* const button = question_->addButton(localized(answer.key), answer.role);
+    if (question_->defaultButton() == nullptr) question_->setDefaultButton(button);
+    if (answer.action) connect(button, &QPushButton::clicked, this, answer.action);
+  }
+  showDialog(*question_);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  const bool isForm = runPage_ == nullptr;
-  if (isForm && event->mimeData()->hasUrls()) event->acceptProposedAction();
+  if (isEditing() && event->mimeData()->hasUrls()) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
-  filesAdded(files_.add(event->mimeData()->urls()));
+  dropFiles(*event->mimeData());
 }
 
 }  // namespace quillbay::desktop

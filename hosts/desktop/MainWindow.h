@@ -1,77 +1,99 @@
 #pragma once
 
 #include <QuillbayCloud/model/SessionConfiguration.h>
-#include <QuillbayCloud/ui/ShareViewController.h>
 
+#include <QAbstractButton>
+#include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
+#include <functional>
+#include <initializer_list>
 #include <memory>
-#include <string>
-#include <vector>
 
+#include "Arguments.h"
 #include "FileSelection.h"
 #include "ShareRun.h"
+#include "WindowGuard.h"
 
-class QLabel;
-class QMessageBox;
+class QMimeData;
 class QStackedLayout;
 
 namespace quillbay::desktop {
 
 class DropPage;
+class FormPage;
 class RunPage;
 
 /// The window: asks for files, shows the share sheet, then the run. Files may be dropped on it as
 /// long as nothing runs. Main thread only.
 class MainWindow : public QWidget {
  public:
-  /// `instanceIdentifier`: who this installation is for the service.
-  MainWindow(std::string instanceIdentifier, const std::vector<std::string>& paths);
+  explicit MainWindow(const Arguments& arguments);
   ~MainWindow() override;
 
-  /// Ends what runs, deletes its session, and closes the window, without a question.
-  void cancelAndClose();
-
-  /// Whether a run was cut short: a file may still be read, or an upload be on its way.
-  bool hasAbandonedWork() const { return hasAbandonedWork_; }
+  /// Ends what runs, deletes its session, and closes the window, all without a question and within
+  /// the bound of `ShareRun::cancel`.
+  void terminate();
+  /// What the user has to know of a window that was terminated; empty if nothing.
+  QString lastWords() const;
 
  protected:
+  void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
  private:
+  /// A button of a question.
+  struct Answer {
+    const char* key;
+    QMessageBox::ButtonRole role;
+    std::function<void()> action = {};
+  };
+
   bool isRunning() const { return run_ && !run_->isOver(); }
+  bool isEditing() const { return runPage_ == nullptr; }
+  bool wouldLoseLink() const;
 
   void chooseFiles();
+  void dropFiles(const QMimeData& dropped);
+  void undoRemoval();
+  void filesChanged();
   void filesAdded(const QStringList& problems);
+  void showProblems(const QStringList& problems);
   void makeForm();
-  QWidget* makeFilesLine();
   void startAnew();
 
   void startRun(const cloud::SessionConfiguration& configuration);
   void runChanged();
-  void runCutShort();
+  void runEnded();
+  void showOutcome();
+
+  void showPage(QWidget& page);
   void removePage(QWidget* page);
-
   QMessageBox* makeMessage(const QString& title, const QString& text);
-  void showFailure();
-  void showLeftover();
+  void showDialog(QMessageBox& message);
+  void ask(const QString& title, const QString& text, std::initializer_list<Answer> answers);
   void askBeforeClosing();
+  void askBeforeDeleting();
+  /// Asks what becomes of a link that was not copied, if there is one; then does `action`.
+  void settleLinkThen(const std::function<void()>& action);
 
-  const std::string instanceIdentifier_;
+  const Arguments arguments_;
   FileSelection files_;
   std::unique_ptr<ShareRun> run_;
-  std::shared_ptr<cloud::ShareViewController> sheet_;
-  // Children of this widget; the last three are absent at times.
+  WindowGuard guard_;
+  // Children of this widget; the pages but for the first are absent at times.
   QStackedLayout& pages_;
   DropPage& dropPage_;
-  QWidget* formPage_ = nullptr;
-  QLabel* filesLabel_ = nullptr;
+  FormPage* formPage_ = nullptr;
   RunPage* runPage_ = nullptr;
-  QPointer<QMessageBox> closeQuestion_;
+  QPointer<QMessageBox> question_;
+  /// The user has answered what becomes of the link.
+  bool isLinkSettled_ = false;
+  /// Close as soon as nothing runs: because the user, or the system, asked for it.
   bool isClosing_ = false;
-  bool hasAbandonedWork_ = false;
+  bool isTerminating_ = false;
 };
 
 }  // namespace quillbay::desktop

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <memory>
 
+#include "Accessibility.h"
 #include "Localized.h"
 
 namespace quillbay::desktop {
@@ -36,6 +37,7 @@ QImage modulesOf(const QString& text) {
 }  // namespace
 
 QRCodeView::QRCodeView() {
+  setAccessibleRole(*this, QAccessible::Graphic);
   setAccessibleName(localized("run.qr-code.name"));
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }

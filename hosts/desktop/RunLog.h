@@ -16,7 +16,7 @@ class RunLog {
 
   /// A new run begins.
   static void begin();
-  static host::RunJournal::Step step();
+  static const host::RunJournal& journal();
 
   static void debug(const cloud::Configuration::LogMessage& message, std::string_view file,
                     std::string_view function, int line, const std::any& context);

@@ -1,12 +1,7 @@
 #include <QuillbayPlatform/MainQueue.h>
-#include <QuillbayPlatform/StringTable.h>
-
-#include <unistd.h>
 
 #include <QApplication>
 #include <QIcon>
-#include <QLibraryInfo>
-#include <QLocale>
 #include <QTranslator>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +10,7 @@
 #include <vector>
 
 #include "Arguments.h"
+#include "Language.h"
 #include "Localized.h"
 #include "MainWindow.h"
 #include "TerminationRequest.h"
@@ -28,24 +24,12 @@ std::optional<std::string> environmentVariable(const char* name) {
   return value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }
 
-/// Qt's own texts, such as "OK", in the language of ours.
-void translateQt(QTranslator& translator) {
-  for (const std::string& language : platform::preferredLanguages()) {
-    const QLocale locale(QString::fromStdString(language));
-    if (locale.language() == QLocale::English) return;
-    const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
-    if (!translator.load(locale, "qtbase", "_", folder)) continue;
-    QCoreApplication::installTranslator(&translator);
-    return;
-  }
-}
-
 int run(char** argumentValues, const desktop::Arguments& arguments) {
   // Qt would look for options of its own among ours.
   int argumentCount = 1;
   QApplication app(argumentCount, argumentValues);
   QTranslator translator;
-  translateQt(translator);
+  desktop::applyLanguage(translator);
   QApplication::setApplicationName("quillbay-desktop");
   QApplication::setApplicationDisplayName(desktop::localized("app.name"));
   QApplication::setDesktopFileName("example.quillbay.QuillbayDesktop");
@@ -55,12 +39,14 @@ int run(char** argumentValues, const desktop::Arguments& arguments) {
   platform::setMainQueuePoster([](std::function<void()> runOneItem) {
     QMetaObject::invokeMethod(qApp, std::move(runOneItem), Qt::QueuedConnection);
   });
-  desktop::MainWindow window(arguments.instanceIdentifier, arguments.files);
-  const desktop::TerminationRequest termination([&window] { window.cancelAndClose(); });
+  desktop::MainWindow window(arguments);
+  const desktop::TerminationRequest termination([&window] { window.terminate(); });
   window.show();
   const int status = QApplication::exec();
-  // At once: nobody waits any more for a file that is being read, or an upload that is stalled.
-  if (window.hasAbandonedWork()) ::_exit(status);
+  if (const QString text = window.lastWords(); !text.isEmpty()) {
+    std::fputs(("quillbay-desktop: " + text.toStdString() + "\n").c_str(), stderr);
+  }
+  // From here on in order: QApplication hands the clipboard over when it goes.
   return status;
 }
 

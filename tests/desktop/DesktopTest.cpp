@@ -1,80 +1,91 @@
 #include "DesktopTest.h"
 
-#include <QuillbayPlatform/StringTable.h>
-
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTest>
-
-#include "hosts/desktop/Localized.h"
-#include "hosts/desktop/MainWindow.h"
 
 namespace quillbay::desktop {
-namespace {
 
-constexpr int kGenerousMilliseconds = 60'000;
+std::shared_ptr<Gate> DesktopTest::stall(Call call) {
+  auto gate = std::make_shared<Gate>();
+  service_.setHook(call, [gate](const Request&, Reply ordinary) {
+    ordinary.sendAfter = gate;
+    return ordinary;
+  });
+  return gate;
+}
 
-}  // namespace
+void DesktopTest::refuse(Call call, const std::string& text) {
+  service_.setHook(call, [text](const Request&, const Reply&) {
+    return Reply::json(R"({"message":")" + text + R"(","status":507})", 507);
+  });
+}
 
-DesktopTest::DesktopTest() { platform::setPreferredLanguages({"en"}); }
-
-DesktopTest::~DesktopTest() { platform::setPreferredLanguages({}); }
-
-bool DesktopTest::waitUntil(const std::function<bool()>& condition) {
-  return QTest::qWaitFor(condition, kGenerousMilliseconds);
+std::ptrdiff_t DesktopTest::count(const std::string& call) const {
+  const auto calls = service_.calls();
+  return std::ranges::count(calls, call);
 }
 
 void DesktopTest::open(const std::vector<std::string>& files) {
-  window_ = std::make_unique<MainWindow>("instance-1", files);
-  window_->show();
-  // There is no window manager to do it.
-  window_->activateWindow();
+  window_ = std::make_unique<MainWindow>(Arguments{"instance-1", {}, files});
+  test::showActive(*window_);
+  if (files.empty()) return;
   ASSERT_TRUE(waitUntil([&] { return isFormVisible() && titleField().hasFocus(); }));
 }
 
-QPushButton* DesktopTest::button(const char* key) const {
+void DesktopTest::share(const char* key) {
+  QTest::keyClicks(&titleField(), "Holiday");
+  press(Qt::Key_Return);
+  waitUntilShown(key);
+}
+
+void DesktopTest::waitUntilShown(const char* key) const {
+  ASSERT_TRUE(waitUntil([&] { return showsText(key); })) << key;
+}
+
+QPushButton* DesktopTest::buttonWithText(const QString& text, const QWidget* window) {
   for (QWidget* const widget : QApplication::allWidgets()) {
     auto* const candidate = qobject_cast<QPushButton*>(widget);
     if (candidate == nullptr || !candidate->isVisible()) continue;
-    if (candidate->text().remove('&') == localized(key)) return candidate;
+    if (window != nullptr && candidate->window() != window) continue;
+    if (candidate->text().remove('&') == QString(text).remove('&')) return candidate;
   }
   return nullptr;
 }
 
-void DesktopTest::click(const char* key) const {
-  QPushButton* const found = button(key);
+void DesktopTest::click(const char* key, const QWidget* window) {
+  QPushButton* const found = button(key, window);
   ASSERT_NE(found, nullptr) << key;
-  QTest::mouseClick(found, Qt::LeftButton);
+  test::click(*found);
 }
 
-QLineEdit& DesktopTest::titleField() const {
+QLineEdit* DesktopTest::field(bool isReadOnly) const {
   for (QLineEdit* const field : window_->findChildren<QLineEdit*>()) {
-    if (field->accessibleName() == "Title") return *field;
+    if (field->isReadOnly() == isReadOnly) return field;
   }
-  throw std::logic_error("the sheet has no title");
+  return nullptr;
 }
 
-bool DesktopTest::isFormVisible() const { return titleField().isVisible(); }
+bool DesktopTest::showsText(const QString& text) const {
+  return std::ranges::any_of(window_->findChildren<QLabel*>(), [&](const QLabel* label) {
+    return label->isVisible() && label->text().contains(text);
+  });
+}
 
-QString DesktopTest::shownLink() const {
-  for (QLineEdit* const field : window_->findChildren<QLineEdit*>()) {
-    if (field->isReadOnly() && field->isVisible()) return field->text();
+QString DesktopTest::cell(int row, int column) const {
+  for (const auto* const list : window_->findChildren<QAbstractItemView*>()) {
+    if (list->isVisible()) return list->model()->index(row, column).data().toString();
   }
   return {};
 }
 
-QMessageBox* DesktopTest::message() {
-  return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-}
-
-bool DesktopTest::showsText(const char* key) const {
-  for (QLabel* const label : window_->findChildren<QLabel*>()) {
-    if (label->isVisible() && label->text() == localized(key)) return true;
+QString DesktopTest::heard() const {
+  for (QWidget* const widget : window_->findChildren<QWidget*>()) {
+    const auto* const interface = QAccessible::queryAccessibleInterface(widget);
+    const bool isAlert = interface->role() == QAccessible::AlertMessage;
+    if (isAlert && widget->isVisible()) return interface->text(QAccessible::Name);
   }
-  return false;
+  return {};
 }
 
 }  // namespace quillbay::desktop

@@ -1,47 +1,78 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QString>
-#include <functional>
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStyleHints>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "FakeService.h"
 #include "TemporaryFolder.h"
-
-class QLineEdit;
-class QMessageBox;
-class QPushButton;
+#include "UITest.h"
+#include "hosts/desktop/FileListModel.h"
+#include "hosts/desktop/Localized.h"
+#include "hosts/desktop/MainWindow.h"
 
 namespace quillbay::desktop {
 
-class MainWindow;
+using test::FakeService;
+using test::Gate;
+using test::message;
+using test::press;
+using test::Reply;
+using test::Request;
+using test::waitUntil;
+using Call = FakeService::Call;
 
-/// The window on a screen, used as a person would.
-class DesktopTest : public testing::Test {
+/// The window on a screen, used as a person would, before a service that does what the test says.
+class DesktopTest : public test::UITest {
  protected:
-  DesktopTest();
-  ~DesktopTest() override;
+  DesktopTest() { service_.install(); }
+  ~DesktopTest() override { window_.reset(); }
 
-  /// Runs the event loop until `condition` holds; false if it does not within a generous time.
-  [[nodiscard]] static bool waitUntil(const std::function<bool()>& condition);
+  /// Has the service answer a kind of call only when the gate opens.
+  std::shared_ptr<Gate> stall(Call call);
+  void refuse(Call call, const std::string& text);
+  std::ptrdiff_t count(const std::string& call) const;
 
   /// Shows the window with these files, and waits until the sheet can be typed in.
   void open(const std::vector<std::string>& files);
-  /// The visible button with the text of this key; null if there is none.
-  QPushButton* button(const char* key) const;
-  void click(const char* key) const;
-  /// The field of the sheet for the title.
-  QLineEdit& titleField() const;
-  bool isFormVisible() const;
-  /// What stands in the field of the link; empty while there is none.
-  QString shownLink() const;
-  /// The message in front of the window; null if there is none.
-  static QMessageBox* message();
-  bool showsText(const char* key) const;
+  /// A title is typed, Return pressed; waits until the page has begun that has this text.
+  void share(const char* key);
+  void waitUntilShown(const char* key) const;
+  /// What has just appeared takes nothing, as outside of tests.
+  static void useSystemInterval() {
+    QGuiApplication::styleHints()->setMouseDoubleClickInterval(-1);
+  }
+
+  /// The visible button with the text of this key, in one window if given; null if there is none.
+  static QPushButton* button(const char* key, const QWidget* window = nullptr) {
+    return buttonWithText(localized(key), window);
+  }
+  static QPushButton* buttonWithText(const QString& text, const QWidget* window = nullptr);
+  static void click(const char* key, const QWidget* window = nullptr);
+  /// The first one that can, or cannot, be typed in; null if there is none.
+  QLineEdit* field(bool isReadOnly) const;
+  QLineEdit& titleField() const { return *field(false); }
+  bool isFormVisible() const { return titleField().isVisible(); }
+  QString shownLink() const { return field(true)->text(); }
+  /// Whether a label on the page holds the text.
+  bool showsText(const QString& text) const;
+  bool showsText(const char* key) const { return showsText(localized(key)); }
+  /// In the list of files in sight.
+  QString cell(int row, int column) const;
+  /// What a screen reader was last told.
+  QString heard() const;
 
   const test::TemporaryFolder folder_;
+  const std::string first_ = folder_.write("first", "one");
+  const std::string second_ = folder_.write("second", "two");
+  FakeService service_;
   std::unique_ptr<MainWindow> window_;
 };
 

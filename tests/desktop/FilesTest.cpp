@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <QBuffer>
 #include <QImage>
 #include <QMimeData>
 #include <QUrl>
@@ -7,7 +8,7 @@
 #include "DesktopTest.h"
 #include "hosts/desktop/ContentPreview.h"
 #include "hosts/desktop/FileSelection.h"
-#include "hosts/desktop/Localized.h"
+#include "hosts/desktop/QRCodeView.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -25,7 +26,7 @@ TEST_F(FilesTest, WhatCannotBeSharedIsNamedAndLeftOut) {
   const std::vector<Row> rows = {
       {"a folder", folder_.path(), "problem.folder"},
       {"a pipe, without waiting for its writer", pipe, "problem.not-regular"},
-      {"a file that is not there", folder_.path() / "absent", "problem.unreadable"},
+      {"a file that is not there", folder_.path() / "absent", "problem.missing"},
       {"a name that cannot be sent", folder_.write("caf\xE9", "x"), "problem.name"},
   };
   for (const Row& row : rows) {
@@ -48,7 +49,7 @@ TEST_F(FilesTest, AFileStandsInTheListOnceHoweverOftenItIsAdded) {
   EXPECT_TRUE(files.add(std::vector{path, path}).isEmpty());
   EXPECT_TRUE(files.add({QUrl::fromLocalFile(QString::fromStdString(path))}).isEmpty());
   EXPECT_EQ(files.paths(), std::vector{path});
-  EXPECT_EQ(files.byteCounts(), std::vector<std::uint64_t>{5});
+  EXPECT_EQ(files.byteCount(0), 5U);
   EXPECT_TRUE(files.summary().startsWith("notes & résumé.txt (5"));
 }
 
@@ -60,11 +61,33 @@ TEST_F(FilesTest, ThePreviewIsTheFirstPictureThatReads) {
   red.fill(Qt::red);
   ASSERT_TRUE(red.save(QString::fromStdString(picture)));
 
+  // A photo that was taken with the camera held upright.
+  QBuffer jpeg;
+  ASSERT_TRUE(red.save(&jpeg, "JPG"));
+  const QByteArray turned = QByteArray::fromHex(
+      "ffe10022457869660000 4d4d002a00000008 0001 011200030000000100060000 00000000");
+  const std::string photo = folder_.write("d.jpg", jpeg.buffer().insert(2, turned).toStdString());
+
   const QImage preview = contentPreview({text, broken, picture});
   EXPECT_EQ(preview.pixelColor(preview.rect().center()), QColor(Qt::red));
   EXPECT_EQ(preview.width(), 2 * preview.height());
   EXPECT_LE(preview.width(), 400) << "no more is kept than is shown";
+  const QImage upright = contentPreview({photo});
+  EXPECT_EQ(2 * upright.width(), upright.height());
   EXPECT_FALSE(contentPreview({text}).isNull()) << "the icon of its type";
+}
+
+TEST_F(FilesTest, TheCodeIsDarkOnLightWithAQuietZone) {
+  QRCodeView view;
+  view.setPalette(QPalette(Qt::black));
+  view.setText(FakeService::link);
+  view.resize(view.sizeHint());
+  const QImage image = view.grab().toImage();
+  const auto module = [&image](int x, int y) { return image.pixelColor((5 * x) + 2, (5 * y) + 2); };
+  EXPECT_EQ(module(3, 3), QColor(Qt::white));
+  EXPECT_EQ(module(4, 4), QColor(Qt::black)) << "a finder pattern: dark, light, dark";
+  EXPECT_EQ(module(5, 5), QColor(Qt::white));
+  EXPECT_EQ(module(7, 7), QColor(Qt::black));
 }
 
 }  // namespace

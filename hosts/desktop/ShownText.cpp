@@ -1,0 +1,58 @@
+#include "ShownText.h"
+
+#include <QLocale>
+
+#include "Localized.h"
+
+namespace quillbay::desktop {
+namespace {
+
+constexpr qsizetype kLongestName = 60;
+
+bool reordersLine(QChar character) {
+  constexpr char16_t kArabicLetterMark = 0x061C;
+  constexpr char16_t kLeftToRightMark = 0x200E;
+  constexpr char16_t kRightToLeftMark = 0x200F;
+  const char16_t code = character.unicode();
+  return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069) ||
+         code == kLeftToRightMark || code == kRightToLeftMark || code == kArabicLetterMark;
+}
+
+bool isShown(QChar character) {
+  switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+      return false;
+    default:
+      return !reordersLine(character);
+  }
+}
+
+}  // namespace
+
+QString shownName(const std::string& name) {
+  QString text = QString::fromStdString(name);
+  for (QChar& character : text) {
+    if (!isShown(character)) character = QChar::ReplacementCharacter;
+  }
+  return text;
+}
+
+QString shownShortName(const std::string& name) {
+  const QString text = shownName(name);
+  if (text.size() <= kLongestName) return text;
+  return text.first(kLongestName / 2) + "…" + text.last((kLongestName / 2) - 1);
+}
+
+QString quotedName(const std::string& name) { return QLocale().quoteString(shownShortName(name)); }
+
+QString byteCountText(std::uint64_t byteCount) {
+  if (byteCount == 1) return localized("files.bytes.one");
+  if (byteCount < 1000) return localized("files.bytes.many").arg(byteCount);
+  return QLocale().formattedDataSize(static_cast<qint64>(byteCount), 1, QLocale::DataSizeSIFormat);
+}
+
+QString tooltip(const QString& text) { return "<qt>" + text.toHtmlEscaped() + "</qt>"; }
+
+}  // namespace quillbay::desktop
