@@ -16,8 +16,8 @@
 namespace quillbay::desktop {
 namespace {
 
-constexpr int kMargin = 16;
-constexpr int kMostRows = 4;
+constexpr int kPanelMargin = 16;
+constexpr int kMostListedRows = 4;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ FilesPanel::FilesPanel(FileSelection& files, Actions actions)
       actions_(std::move(actions)),
       model_(files),
       extent_(*new QLabel),
-      list_(*new FileListView(model_, kMostRows)),
+      list_(*new FileListView(model_, kMostListedRows)),
       removeButton_(*new QPushButton(localized("files.remove"))),
       undoButton_(*new QPushButton(localized("files.undo"))) {
   extent_.setTextFormat(Qt::PlainText);
@@ -39,7 +39,7 @@ FilesPanel::FilesPanel(FileSelection& files, Actions actions)
     line->addWidget(button);
   }
   auto* const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(kMargin, kMargin, kMargin, 0);
+  layout->setContentsMargins(kPanelMargin, kPanelMargin, kPanelMargin, 0);
   layout->addLayout(line);
   layout->addWidget(&list_);
 

@@ -16,7 +16,7 @@
 namespace quillbay::desktop {
 namespace {
 
-constexpr int kMargin = 16;
+constexpr int kNoticeMargin = 16;
 
 }  // namespace
 
@@ -65,7 +65,7 @@ QWidget* FormPage::makeNotice() {
 
   notice_ = new QWidget;
   auto* const layout = new QVBoxLayout(notice_);
-  layout->setContentsMargins(kMargin, kMargin, kMargin, 0);
+  layout->setContentsMargins(kNoticeMargin, kNoticeMargin, kNoticeMargin, 0);
   layout->addWidget(frame);
   notice_->hide();
   return notice_;

@@ -31,7 +31,7 @@ using Phase = ShareRun::Phase;
 constexpr int kPageMargin = 16;
 constexpr int kSpacing = 12;
 constexpr int kBarSteps = 1000;
-constexpr int kMostRows = 8;
+constexpr int kMostFileRows = 8;
 constexpr std::chrono::milliseconds kRefreshInterval{200};
 constexpr std::chrono::seconds kCopiedDuration{2};
 
@@ -150,7 +150,7 @@ void RunPage::layOut(const QString& filesSummary) {
   layout->addWidget(&progressArea_);
   layout->addWidget(&endArea_);
   layout->addWidget(&detail_);
-  layout->addWidget(new FileListView(model_, kMostRows), 1);
+  layout->addWidget(new FileListView(model_, kMostFileRows), 1);
 }
 
 void RunPage::showPhase() {
