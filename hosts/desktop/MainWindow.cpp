@@ -28,8 +28,8 @@ constexpr qsizetype kMostProblemsShown = 8;
 
 }  // namespace
 
-MainWindow::MainWindow(const Arguments& arguments)
-    : arguments_(arguments),
+MainWindow::MainWindow(Arguments arguments)
+    : arguments_(std::move(arguments)),
       guard_(*this),
       pages_(*new QStackedLayout(this)),
       dropPage_(*new DropPage(

@@ -28,7 +28,7 @@ class RunPage;
 /// long as nothing runs. Main thread only.
 class MainWindow : public QWidget {
  public:
-  explicit MainWindow(const Arguments& arguments);
+  explicit MainWindow(Arguments arguments);
   ~MainWindow() override;
 
   /// Ends what runs, deletes its session, and closes the window, all without a question and within

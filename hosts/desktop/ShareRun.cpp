@@ -125,6 +125,7 @@ QString ShareRun::textOf(const cloud::QuillbayCloudError& error) const {
 
 std::vector<std::uint64_t> ShareRun::byteCounts() const {
   std::vector<std::uint64_t> byteCounts;
+  byteCounts.reserve(fileCount());
   for (std::size_t index = 0; index < fileCount(); ++index) {
     byteCounts.push_back(watch_.before(index).byteCount);
   }
@@ -147,7 +148,7 @@ QString ShareRun::link() const {
   return session_ ? QString::fromStdString(session_->url().absoluteString()) : QString();
 }
 
-std::size_t ShareRun::filesDone() const { return RunLog::journal().filesDone(); }
+std::size_t ShareRun::filesDone() { return RunLog::journal().filesDone(); }
 
 void ShareRun::updateEstimate() {
   estimate_.update(controller_->progress()->fractionCompleted(), Clock::now());

@@ -67,7 +67,7 @@ class ShareRun {
   /// The uploads so far: 0 to 1, by bytes.
   double fraction() const { return estimate_.fraction(); }
   /// Files that the service has confirmed.
-  std::size_t filesDone() const;
+  static std::size_t filesDone();
   std::size_t fileCount() const { return controller_->context().items().size(); }
   std::optional<std::chrono::seconds> remaining() const { return estimate_.remaining(); }
   /// Brings the four figures above up to date. Call it a few times a second.

@@ -40,7 +40,7 @@ QString shownName(const std::string& name) {
 }
 
 QString shownShortName(const std::string& name) {
-  const QString text = shownName(name);
+  QString text = shownName(name);
   if (text.size() <= kLongestName) return text;
   return text.first(kLongestName / 2) + "…" + text.last((kLongestName / 2) - 1);
 }
