@@ -83,9 +83,15 @@ void FormPage::showNotice(const std::optional<Notice>& notice) {
   noticeText_->setText(notice->text);
   noticeText_->setAccessibleName(notice->text);
   announce(*noticeTitle_->parentWidget(), notice->title + " " + notice->text);
-  // A layout does not ask its window for the room that wrapped lines need.
-  const int height = layout()->totalHeightForWidth(width());
-  if (height > window()->height()) window()->resize(window()->width(), height);
+}
+
+bool FormPage::event(QEvent* event) {
+  const bool isUsed = QWidget::event(event);
+  if (event->type() != QEvent::LayoutRequest || !isVisible()) return isUsed;
+  // Layouts do not ask their window for the room that wrapped lines need: it was the sheet's.
+  const int missing = sheet_->view().sizeHint().height() - sheet_->view().height();
+  if (missing > 0) window()->resize(window()->width(), window()->height() + missing);
+  return isUsed;
 }
 
 void FormPage::keyPressEvent(QKeyEvent* event) {

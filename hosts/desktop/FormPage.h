@@ -45,6 +45,7 @@ class FormPage : public QWidget {
   void showNotice(const std::optional<Notice>& notice);
 
  protected:
+  bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
