@@ -6,14 +6,10 @@
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <any>
-#include <functional>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
+#include <future>
+#include <nlohmann/json.hpp>
 
 #include "FakeService.h"
 #include "TemporaryFolder.h"
@@ -134,7 +130,7 @@ class ServiceTest : public testing::Test {
     RecordingLogger::install();
   }
 
-  platform::URL file(const std::string& name, std::string_view content) const {
+  platform::URL file(const std::string& name, std::string_view content = "") const {
     return platform::URL::fileURL(folder_.write(name, content));
   }
   /// "file-1" to "file-N", each with the content "content of file-1" or so.

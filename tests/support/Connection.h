@@ -6,14 +6,9 @@
 #include <openssl/ssl.h>
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace quillbay::test {
 

@@ -2,14 +2,8 @@
 
 #include "ScriptedServer.h"
 
-#include <cstddef>
-#include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace quillbay::test {
 
@@ -31,7 +25,7 @@ class FakeService {
   FakeService();
 
   /// Makes it the service of this process: `useTestNetwork`.
-  void install() const;
+  void install() const { useTestNetwork(&server_); }
 
   /// Replaces the replies to one kind of call; an empty hook takes the replacement back.
   void setHook(Call call, Hook hook);
@@ -45,37 +39,29 @@ class FakeService {
   std::vector<std::string> calls() const;
   /// Requests of one kind, in the order of arrival.
   std::vector<Request> requests(Call call) const;
-
-  /// The bytes that the store holds for an item ("" if it has none).
+  /// The bytes that the store was last sent for an item; "" if none.
   std::string storedBytes(const std::string& itemIdentifier) const;
 
   ScriptedServer& server() { return server_; }
 
  private:
-  struct Item {
-    std::string identifier;
-    std::string fingerprint;
-    bool isUploaded = false;
-    std::string storedBytes = {};
-  };
-  struct Route {
+  struct Arrival {
+    Request request;
     Call call = Call::unknown;
-    std::string identifier = {};
-    std::string name = {};
+    std::string name;
+    std::string identifier = {};  // of the session, or the number of the item
   };
 
-  static Route routeOf(const Request& request);
+  static Arrival recognized(const Request& request);
   Reply replyTo(const Request& request);
   // With the lock held.
-  Reply perform(const Route& route, const Request& request);
-  Reply createSession(const Request& request);
+  Reply perform(const Arrival& arrival);
   Reply sessionReply(int status) const;
 
   mutable std::mutex mutex_;
-  std::vector<Item> items_;
+  std::vector<bool> isUploaded_;  // the items in their order
   std::map<Call, Hook> hooks_;
-  std::vector<std::string> calls_;
-  std::vector<std::pair<Call, Request>> requests_;
+  std::vector<Arrival> arrivals_;
   ScriptedServer server_;
 };
 

@@ -2,14 +2,8 @@
 
 #include "Connection.h"
 
-#include <functional>
 #include <list>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
 #include <thread>
-#include <vector>
 
 namespace quillbay::test {
 

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <climits>
-#include <future>
 
 #include "CloudTesting.h"
 
@@ -29,13 +28,9 @@ class BusyWorkQueue {
   std::promise<void> end_;
 };
 
-class FileFingerprintTest : public testing::Test {
+class FileFingerprintTest : public ServiceTest {
  protected:
   using Result = std::expected<FileFingerprint::Fingerprints, FileFingerprint::FileHasherError>;
-
-  URL file(const std::string& name, std::string_view content) const {
-    return URL::fileURL(folder_.write(name, content));
-  }
 
   /// Starts a calculation whose completion holds a host object.
   std::shared_ptr<FileFingerprint> start(std::vector<URL> files) {
@@ -53,8 +48,6 @@ class FileFingerprintTest : public testing::Test {
     return std::exchange(result_, std::nullopt);
   }
 
-  const TemporaryFolder folder_;
-  const std::thread::id thread_ = std::this_thread::get_id();
   int livingObjectCount_ = 0;
   std::optional<Result> result_;
 };
@@ -74,9 +67,7 @@ TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
     expected[files.back()] = digest;
   }
   const auto fingerprint = start(files);
-  const auto result = waitForEnd();
-  ASSERT_TRUE(result && *result);
-  EXPECT_EQ(**result, expected);
+  EXPECT_EQ(waitForEnd().value(), expected);
 }
 
 TEST_F(FileFingerprintTest, AFileWithoutFingerprintFailsTheWholeCalculation) {
@@ -89,9 +80,7 @@ TEST_F(FileFingerprintTest, AFileWithoutFingerprintFailsTheWholeCalculation) {
       URL::fileURL("/proc/self/mem"),    good};  // opens, but cannot be read; twice
   for (const URL& bad : badFiles) {
     const auto fingerprint = start({good, bad});
-    const auto result = waitForEnd();
-    ASSERT_TRUE(result) << bad.path();
-    EXPECT_FALSE(*result) << bad.path();
+    EXPECT_FALSE(waitForEnd().value()) << bad.path();
   }
 }
 

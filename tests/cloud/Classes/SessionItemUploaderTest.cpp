@@ -2,8 +2,6 @@
 #include <QuillbayCloud/Classes/SessionItemUploader.h>
 #include <QuillbayPlatform/URLError.h>
 
-#include <nlohmann/json.hpp>
-
 #include "CloudTesting.h"
 
 namespace quillbay::test {

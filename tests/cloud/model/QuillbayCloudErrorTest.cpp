@@ -19,18 +19,16 @@ struct SomeError final : platform::Error {
 
 TEST(QuillbayCloudError, FromUnwrapsTheServiceClientsErrorsOnceAndKeepsItsOwn) {
   const auto inner = std::make_shared<const SomeError>();
-  const auto refusal = QuillbayCloudError::from(Webservice::Error::cloudError({"Gone", 410}));
-  EXPECT_EQ(refusal, QuillbayCloudError::webservice("Gone", 410));
-  EXPECT_EQ(QuillbayCloudError::from(refusal), refusal);
-  EXPECT_EQ(QuillbayCloudError::from(Webservice::Error::underlying(inner)),
-            QuillbayCloudError::underlying(inner));
-  EXPECT_EQ(QuillbayCloudError::from(Webservice::Error::parseError()),
-            QuillbayCloudError::invalidResponse());
-  EXPECT_EQ(QuillbayCloudError::from(inner), QuillbayCloudError::underlying(inner));
-
   const ErrorPtr unreadable = std::make_shared<Webservice::Error>(Webservice::Error::parseError());
-  EXPECT_EQ(QuillbayCloudError::from(Webservice::Error::underlying(unreadable)),
-            QuillbayCloudError::underlying(unreadable));
+  const auto from = [](const auto& error) { return QuillbayCloudError::from(error); };
+  const auto refusal = from(Webservice::Error::cloudError({"Gone", 410}));
+  EXPECT_EQ(refusal, QuillbayCloudError::webservice("Gone", 410));
+  EXPECT_EQ(from(refusal), refusal);
+  EXPECT_EQ(from(Webservice::Error::parseError()), QuillbayCloudError::invalidResponse());
+  EXPECT_EQ(from(inner), QuillbayCloudError::underlying(inner));
+  for (const ErrorPtr& error : {ErrorPtr(inner), unreadable}) {
+    EXPECT_EQ(from(Webservice::Error::underlying(error)), QuillbayCloudError::underlying(error));
+  }
 }
 
 TEST(QuillbayCloudError, TellsThePersonWhatTheServerSaidAndTheLogOneLineOfIt) {

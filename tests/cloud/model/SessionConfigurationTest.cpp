@@ -47,14 +47,11 @@ TEST(SessionConfiguration, ReadsNullAsAbsentAndFailsWhereAValueIsMissingOrDoesNo
       {R"("linkType":"page","secret":1)", "secret"},
   };
   for (const auto& [members, failingKey] : rows) {
-    SCOPED_TRACE(members);
     const auto read = decoded<SessionConfiguration>("{" + std::string(members) + "}");
-    if (read) {
-      EXPECT_EQ(*read, SessionConfiguration::default_());
-      EXPECT_STREQ(failingKey, "");
-    } else {
-      EXPECT_EQ(dynamic_cast<const platform::JSONError&>(*read.error()).keyPath(), failingKey);
-    }
+    ASSERT_EQ(read.has_value(), failingKey == std::string()) << members;
+    EXPECT_EQ(read.value_or(SessionConfiguration::default_()), SessionConfiguration::default_());
+    if (read) continue;
+    EXPECT_EQ(dynamic_cast<const platform::JSONError&>(*read.error()).keyPath(), failingKey);
   }
 }
 

@@ -2,8 +2,6 @@
 #include <QuillbayCloud/service/RequestFactory.h>
 #include <sys/stat.h>
 
-#include <nlohmann/json.hpp>
-
 #include "CloudTesting.h"
 
 namespace quillbay::test {
@@ -17,20 +15,16 @@ using nlohmann::json;
 using platform::URL;
 using Disposition = RequestFactory::ContentDispositionType;
 
-class RequestFactoryTest : public testing::Test {
+class RequestFactoryTest : public ServiceTest {
  protected:
-  URL file(const std::string& name, std::string_view content = "") const {
-    return URL::fileURL(folder_.write(name, content));
-  }
   RequestFactory::Result createSession(
       std::vector<URL> files, const RequestFactory::Fingerprints& fingerprints = {},
       const SessionConfiguration& configuration = SessionConfiguration::default_()) const {
-    return factory_->createSessionRequest(SessionContext("another", std::move(files)), fingerprints,
-                                          configuration);
+    return factory_.createSessionRequest(SessionContext("another", std::move(files)), fingerprints,
+                                         configuration);
   }
 
-  const TemporaryFolder folder_;
-  const std::shared_ptr<const RequestFactory> factory_ = RequestFactory::create("host-1");
+  const RequestFactory& factory_ = webservice_->requestFactory();
 };
 
 /// The request in words: "60 s PUT ADDRESS, NAME: VALUE, ..., BODY".
@@ -47,16 +41,16 @@ TEST_F(RequestFactoryTest, RequestsHaveTheirTimeoutMethodAddressFieldsAndBody) {
   const std::pair<RequestFactory::Result, std::string> rows[] = {
       {createSession({}),
        "60 s POST " + service + R"(, {"items":[],"config":{"link_type":"page"}})"},
-      {factory_->deleteSessionRequest("s", "t"), "60 s DELETE " + service + "/s" + token + "t"},
-      {factory_->uploadUrlRequest("s", "i", ""),
+      {factory_.deleteSessionRequest("s", "t"), "60 s DELETE " + service + "/s" + token + "t"},
+      {factory_.uploadUrlRequest("s", "i", ""),
        "60 s PUT " + service + "/s/items/i/upload_url, X-QUILLBAY-CLOUD-SCP: 1" + token},
-      {factory_->finalizeRequest("s", "i", "t", "\"e\""),
+      {factory_.finalizeRequest("s", "i", "t", "\"e\""),
        "60 s PUT " + service + "/s/items/i/finalize" + token + R"(t, {"etag":"\"e\""})"},
       // What no address allows is encoded in place.
-      {factory_->deleteSessionRequest("a b\xC3\xA9/%20", ""),
+      {factory_.deleteSessionRequest("a b\xC3\xA9/%20", ""),
        "60 s DELETE " + service + "/a%20b%C3%A9/%20" + token},
-      {factory_->uploadRequest(*URL::parse("https://s.example/b/k?X-Sig=a%2Fb+c"),
-                               file("a.tar.gz", "12345"), Disposition::attachment()),
+      {factory_.uploadRequest(*URL::parse("https://s.example/b/k?X-Sig=a%2Fb+c"),
+                              file("a.tar.gz", "12345"), Disposition::attachment()),
        "30 s PUT https://s.example/b/k?X-Sig=a%2Fb+c, Content-Disposition: attachment; "
        "filename=\"a.tar.gz\"; filename*=UTF-8''a.tar.gz, Content-Length: 5, "
        "Content-Type: application/octet-stream"},
@@ -106,7 +100,7 @@ TEST_F(RequestFactoryTest, TheFirstFileThatCannotBeAnnouncedEndsTheBuild) {
     const auto creation = createSession({good, bad, missing});
     ASSERT_FALSE(creation);
     EXPECT_TRUE(creation.error()->description().contains(why)) << creation.error()->description();
-    EXPECT_FALSE(factory_->uploadRequest(good, bad, Disposition::inline_()));
+    EXPECT_FALSE(factory_.uploadRequest(good, bad, Disposition::inline_()));
   }
 }
 
@@ -116,7 +110,7 @@ TEST_F(RequestFactoryTest, WhatCannotBeSentFailsTheBuildAndThrowsNothing) {
     const platform::Date date = platform::dateFromSecondsSince1970(std::strtod(number, nullptr));
     EXPECT_FALSE(createSession({}, {}, {{}, date, {}, {}, false})) << number;
   }
-  EXPECT_FALSE(factory_->finalizeRequest("s", "i", "t", "\xFF").body);
+  EXPECT_FALSE(factory_.finalizeRequest("s", "i", "t", "\xFF").body);
 }
 
 TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
@@ -128,8 +122,8 @@ TEST_F(RequestFactoryTest, DispositionsQuoteTheNameVerbatimAndEscapeItAsTold) {
       {"-_.!*';:@=$,?#[]|", "-_.%21%2A%27%3B%3A%40%3D%24%2C%3F%23%5B%5D%7C"},
   };
   for (const auto& [name, escapedName] : rows) {
-    const auto request = factory_->uploadRequest(*URL::parse("https://s.example/"), file(name),
-                                                 Disposition::inline_());
+    const auto request = factory_.uploadRequest(*URL::parse("https://s.example/"), file(name),
+                                                Disposition::inline_());
     ASSERT_TRUE(request);
     EXPECT_EQ(request->headerFields.at("Content-Disposition"),
               "inline; filename=\"" + std::string(name) + "\"; filename*=UTF-8''" + escapedName);

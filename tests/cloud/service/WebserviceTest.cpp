@@ -3,8 +3,6 @@
 #include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayPlatform/JSONError.h>
 
-#include <atomic>
-
 #include "CloudTesting.h"
 
 namespace quillbay::test {
@@ -16,7 +14,7 @@ using cloud::Webservice;
 class WebserviceTest : public ServiceTest {
  protected:
   platform::URLRequest request() const {
-    return webservice_->requestFactory().uploadUrlRequest("s", "i", FakeService::token);
+    return webservice_->requestFactory().uploadUrlRequest("s", "item-1", FakeService::token);
   }
   /// The address that was asked for, or the kind of error.
   std::string outcome() {

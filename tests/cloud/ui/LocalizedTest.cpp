@@ -1,9 +1,6 @@
 #include <QuillbayCloud/ui/Localized.h>
 #include <QuillbayPlatform/StringTable.h>
 
-#include <nlohmann/json.hpp>
-#include <set>
-
 #include "CloudTesting.h"
 
 namespace quillbay::test {
@@ -21,26 +18,24 @@ TEST(Localized, SpeaksThePersonsLanguageElseEnglishElseTheKey) {
 }
 
 TEST(Localized, EveryTextIsThereInEveryLanguage) {
-  const std::set<std::string> keys = {
-      "alert.invalid-password.message",
-      "alert.invalid-password.title",
-      "error.invalid-file",
-      "error.invalid-response",
-      "error.missing-items",
-      "expiration-label.title",
-      "expiration.never",
-      "link-type-label.title",
-      "link-type.direct",
-      "link-type.direct-download",
-      "link-type.page",
-      "long-links.title",
-      "password-label.title",
-      "share-window.cancel-button.title",
-      "share-window.description",
-      "share-window.share-button.title",
-      "title-label.title",
-      "title-text-field.placeholder",
-  };
+  const std::set<std::string> keys = {"alert.invalid-password.message",
+                                      "alert.invalid-password.title",
+                                      "error.invalid-file",
+                                      "error.invalid-response",
+                                      "error.missing-items",
+                                      "expiration-label.title",
+                                      "expiration.never",
+                                      "link-type-label.title",
+                                      "link-type.direct",
+                                      "link-type.direct-download",
+                                      "link-type.page",
+                                      "long-links.title",
+                                      "password-label.title",
+                                      "share-window.cancel-button.title",
+                                      "share-window.description",
+                                      "share-window.share-button.title",
+                                      "title-label.title",
+                                      "title-text-field.placeholder"};
   for (const std::string language : {"en", "de"}) {
     const std::string path = QUILLBAY_RESOURCES "/" + language + "/QuillbayCloud.json";
     const auto texts = nlohmann::json::parse(readFile(path));

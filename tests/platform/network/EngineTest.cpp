@@ -1,13 +1,8 @@
 #include "NetworkTest.h"
 #include "ThreadLimit.h"
-#include "Waiting.h"
 
 #include <QuillbayPlatform/network/Engine.h>
-#include <gmock/gmock.h>
 #include <sys/resource.h>
-
-#include <atomic>
-#include <thread>
 
 namespace quillbay::test {
 namespace {

@@ -1,11 +1,5 @@
 #include "NetworkTest.h"
 
-#include "Waiting.h"
-
-#include <chrono>
-#include <thread>
-#include <utility>
-
 namespace quillbay::test {
 
 using platform::URL;

@@ -2,19 +2,16 @@
 
 #include "ScriptedServer.h"
 #include "TemporaryFolder.h"
+#include "TestCertificates.h"
+#include "Waiting.h"
 
 #include <QuillbayPlatform/URLError.h>
 #include <QuillbayPlatform/URLSession.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstdint>
-#include <filesystem>
+#include <algorithm>
+#include <atomic>
 #include <future>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace quillbay::test {
 

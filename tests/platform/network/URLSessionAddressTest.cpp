@@ -1,5 +1,4 @@
 #include "NetworkTest.h"
-#include "TestCertificates.h"
 
 #include <QuillbayPlatform/NetworkSettings.h>
 
@@ -11,7 +10,7 @@ namespace {
 using URLSessionAddressTest = NetworkTest;
 using platform::NetworkSettings;
 
-TEST_F(URLSessionAddressTest, OnlyHTTPSOrLoopbackIsEverContacted) {
+TEST_F(URLSessionAddressTest, OnlyHTTPSOrLoopbackIsEverContactedNorByARedirect) {
   const auto file = folder_.write("file", "local");
   ScriptedServer plain(ScriptedServer::plain);
   const std::string plainPort = std::to_string(plain.port());
@@ -32,13 +31,20 @@ TEST_F(URLSessionAddressTest, OnlyHTTPSOrLoopbackIsEverContacted) {
       "https://user@127.0.0.1:" + port + "/",
       "file://" + file.string(),
       "ftp://127.0.0.1:" + plainPort + "/",
-      "//127.0.0.1:" + port + "/",
-      "https:/path",
   };
   for (const std::string& address : addresses) {
     SCOPED_TRACE(address);
-    EXPECT_EQ(get(address).code(), Code::unsupportedURL);
-    EXPECT_EQ(upload(address, file).code(), Code::unsupportedURL);
+    ScriptedServer leading;
+    leading.onRequest([&](const Request&) { return Reply::redirect(307, address); });
+    for (const std::string& first : {address, leading.address()}) {
+      for (const Outcome& outcome : {get(first), upload(first, file)}) {
+        EXPECT_EQ(outcome.code(), Code::unsupportedURL);
+        EXPECT_FALSE(outcome.response);
+      }
+    }
+  }
+  for (const std::string& address : {"//127.0.0.1:" + port + "/", std::string("https:/path")}) {
+    EXPECT_EQ(get(address).code(), Code::unsupportedURL) << address;
   }
   EXPECT_EQ(plain.connectionCount() + server_.connectionCount(), 0u);
   EXPECT_EQ(readFile(file), "local");
@@ -47,6 +53,8 @@ TEST_F(URLSessionAddressTest, OnlyHTTPSOrLoopbackIsEverContacted) {
                               "http://[0:0::0:1]/", "http://LocalHost/"}) {
     EXPECT_EQ(get(address).status(), 200) << address;
   }
+  server_.onRequest([&](const Request&) { return Reply::redirect(302, plain.address()); });
+  EXPECT_EQ(get(server_.address()).status(), 200);
 }
 
 TEST_F(URLSessionAddressTest, AServerThatCannotProveItsNameOrSpeaksAnOldTLSGetsNoRequest) {

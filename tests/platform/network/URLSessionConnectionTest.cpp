@@ -1,18 +1,13 @@
 #include "NetworkTest.h"
-#include "Waiting.h"
 
 #include <QuillbayPlatform/network/Engine.h>
 #include <netdb.h>
 #include <poll.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 #include <ctime>
 #include <ranges>
 #include <semaphore>
-#include <string>
-#include <thread>
 
 namespace quillbay::test {
 namespace {

@@ -1,19 +1,15 @@
 #include "NetworkTest.h"
-#include "TestCertificates.h"
-#include "Waiting.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <latch>
 #include <set>
-#include <thread>
 
 namespace quillbay::test {
 namespace {

@@ -5,7 +5,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <map>
 
 namespace quillbay::test {
 namespace {

@@ -1,7 +1,5 @@
 #include "NetworkTest.h"
 
-#include <list>
-
 namespace quillbay::test {
 namespace {
 
