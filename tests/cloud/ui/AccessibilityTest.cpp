@@ -1,9 +1,5 @@
-#include <QuillbayCloud/ui/ImageView.h>
-#include <QuillbayPlatform/StringTable.h>
 
 #include <QAccessible>
-#include <QApplication>
-#include <QCheckBox>
 
 #include "ShareSheetTest.h"
 
@@ -17,8 +13,6 @@ QString spoken(QWidget& widget, QAccessible::Text kind) {
 
 class AccessibilityTest : public ShareSheetTest {
  protected:
-  AccessibilityTest() { create(); }
-
   /// What a user can act on, whether the keyboard reaches it or not.
   QSet<QWidget*> enabledControls() const {
     QSet<QWidget*> controls;

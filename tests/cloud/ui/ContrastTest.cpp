@@ -1,8 +1,4 @@
-#include <QuillbayCloud/ui/HeaderTextField.h>
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QStyle>
 
 #include "ShareSheetTest.h"
 

@@ -27,14 +27,7 @@ QImage shown(const QSize& size, qreal pixelRatio) {
 }
 
 TEST(ImageView, ScalesDownInProportionNeverUpAndStaysInTheMiddleWithEveryPixelCounted) {
-  struct Row {
-    const char* name;
-    QSize image;
-    qreal pixelRatio;
-    QRect area;
-    int red;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, QSize, qreal, QRect, int> rows[] = {
       {"wide", {1600, 400}, 1, {0, 30, 80, 20}, 128},
       {"tall", {200, 800}, 1, {30, 0, 20, 80}, 128},
       {"small", {20, 10}, 1, {30, 35, 20, 10}, 255},
@@ -42,20 +35,20 @@ TEST(ImageView, ScalesDownInProportionNeverUpAndStaysInTheMiddleWithEveryPixelCo
       {"every pixel on a sharp screen", {160, 160}, 2, {0, 0, 160, 160}, 255},
   };
   const QColor ground = shown({}, 1).pixelColor(0, 0);
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const QImage result = shown(row.image, row.pixelRatio);
+  for (const auto& [name, size, pixelRatio, expected, red] : rows) {
+    SCOPED_TRACE(name);
+    const QImage result = shown(size, pixelRatio);
     QRect area;
     for (int y = 0; y < result.height(); ++y) {
       for (int x = 0; x < result.width(); ++x) {
         if (result.pixelColor(x, y) != ground) area |= QRect(x, y, 1, 1);
       }
     }
-    EXPECT_EQ(area.size(), row.area.size());
-    EXPECT_LE((area.topLeft() - row.area.topLeft()).manhattanLength(), 1);
+    EXPECT_EQ(area.size(), expected.size());
+    EXPECT_LE((area.topLeft() - expected.topLeft()).manhattanLength(), 1);
     // An even column, away from the edges.
     const QColor color = result.pixelColor(area.left() + 8, area.center().y());
-    EXPECT_NEAR(color.red(), row.red, 16) << "picked, not averaged";
+    EXPECT_NEAR(color.red(), red, 16) << "picked, not averaged";
   }
 }
 

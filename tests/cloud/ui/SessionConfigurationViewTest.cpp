@@ -1,13 +1,7 @@
-#include <QuillbayCloud/ui/ImageView.h>
-#include <QuillbayPlatform/StringTable.h>
 
-#include <QApplication>
-#include <QCheckBox>
 #include <QClipboard>
-#include <QHash>
 #include <QInputMethodEvent>
 #include <QPainter>
-#include <QVBoxLayout>
 
 #include "ShareSheetTest.h"
 
@@ -37,12 +31,6 @@ void scroll(QWidget& widget) {
   QApplication::sendEvent(&widget, &event);
 }
 
-QStringList items(const QComboBox& menu) {
-  QStringList texts;
-  for (int index = 0; index < menu.count(); ++index) texts << menu.itemText(index);
-  return texts;
-}
-
 /// With 40 % of its distance from the ground left.
 QImage dimmed(const QImage& image, const QColor& ground) {
   QImage result = image;
@@ -53,25 +41,12 @@ QImage dimmed(const QImage& image, const QColor& ground) {
   return result;
 }
 
-class SessionConfigurationViewTest : public ShareSheetTest {
- protected:
-  void show(const SessionConfiguration& configuration = SessionConfiguration::default_()) {
-    create(configuration);
-    ShareSheetTest::show();
-  }
-};
+using SessionConfigurationViewTest = ShareSheetTest;
 
 TEST_F(SessionConfigurationViewTest, TheThirtyFirstCharacterIsCutHoweverItComes) {
   const QString almost = kThirty.first(29);
-  struct Row {
-    const char* name;
-    QString before;
-    int cursor;
-    void (*enter)(QLineEdit& field, const QString& text);
-    QString text;
-    QString after;
-  };
-  const Row rows[] = {
+  using Enter = void (*)(QLineEdit& field, const QString& text);
+  const std::tuple<const char*, QString, int, Enter, QString, QString> rows[] = {
       {"typed", "", 0, type, kThirty + "5", kThirty},
       {"pasted", "", 0, paste, kThirty + kThirty, kThirty},
       {"typed in the middle", kThirty, 2, type, "X", "abX" + kThirty.sliced(2, 27)},
@@ -86,12 +61,11 @@ TEST_F(SessionConfigurationViewTest, TheThirtyFirstCharacterIsCutHoweverItComes)
   };
   show();
   for (QLineEdit* const field : form().findChildren<QLineEdit*>()) {
-    for (const Row& row : rows) {
-      SCOPED_TRACE(row.name);
-      field->setText(row.before);
-      field->setCursorPosition(row.cursor);
-      row.enter(*field, row.text);
-      EXPECT_EQ(field->text(), row.after);
+    for (const auto& [name, before, cursor, enter, text, after] : rows) {
+      field->setText(before);
+      field->setCursorPosition(cursor);
+      enter(*field, text);
+      EXPECT_EQ(field->text(), after) << name;
     }
   }
 }
@@ -126,20 +100,25 @@ TEST_F(SessionConfigurationViewTest, AFrameIsAroundTheFormAndNoneAroundItsFields
 
 TEST_F(SessionConfigurationViewTest, TheMenusOfferTheirChoicesAndDoNotChangeByScrollingOverThem) {
   show();
-  EXPECT_EQ(items(form().linkExpirationButton()),
-            QStringList(
-                {"30 minutes", "2 hours", "24 hours", "7 days", "30 days", "12 months", "Never"}));
-  EXPECT_EQ(items(form().linkTypeButton()), QStringList({"Page", "Download", "Direct link"}));
-  for (QComboBox* const menu : form().findChildren<QComboBox*>()) {
-    menu->setCurrentIndex(1);
-    scroll(*menu);
-    EXPECT_EQ(menu->currentIndex(), 1);
-    EXPECT_EQ(menu->focusPolicy(), Qt::StrongFocus) << "no focus from the wheel";
+  const std::pair<QComboBox&, QStringList> rows[] = {
+      {form().linkExpirationButton(),
+       {"30 minutes", "2 hours", "24 hours", "7 days", "30 days", "12 months", "Never"}},
+      {form().linkTypeButton(), {"Page", "Download", "Direct link"}},
+  };
+  for (const auto& [menu, texts] : rows) {
+    EXPECT_EQ(menu.count(), texts.size());
+    for (int index = 0; index < menu.count(); ++index) {
+      menu.setCurrentIndex(index);
+      scroll(menu);
+      EXPECT_EQ(menu.currentText(), texts.value(index));
+    }
+    EXPECT_EQ(menu.focusPolicy(), Qt::StrongFocus) << "no focus from the wheel";
   }
 }
 
 TEST_F(SessionConfigurationViewTest, ADirectLinkDimsOnceAndDisablesWhatItDoesNotHave) {
-  show({"Holiday", std::nullopt, SessionLinkType::page, std::nullopt, true});
+  create({"Holiday", std::nullopt, SessionLinkType::page, std::nullopt, true});
+  show();
   QHash<const QWidget*, QImage> images;
   for (const auto linkType : {SessionLinkType::directDownload, SessionLinkType::directLink,
                               SessionLinkType::directDownload}) {
@@ -196,7 +175,8 @@ TEST_F(SessionConfigurationViewTest, TheTitleGetsTheFocusUnlessALinkIsDirect) {
     auto* const fieldOfHost = new QLineEdit;
     (new QVBoxLayout(window_.get()))->addWidget(fieldOfHost);
     fieldOfHost->setFocus();
-    show(linkWith(linkType));
+    create(linkWith(linkType));
+    show();
     const bool isDirect = linkType == SessionLinkType::directLink;
     EXPECT_EQ(form().titleTextField().hasFocus(), !isDirect);
     EXPECT_EQ(fieldOfHost->hasFocus(), isDirect);

@@ -1,39 +1,32 @@
-#include <QuillbayCloud/ui/HeaderTextField.h>
-#include <QuillbayCloud/ui/ImageView.h>
-#include <QuillbayPlatform/StringTable.h>
 
-#include <QCheckBox>
-#include <QStyle>
 
 #include "ShareSheetTest.h"
 
 namespace quillbay::cloud {
 namespace {
 
-/// A part's place as if people wrote from left to right; edges lie between pixels.
 struct Place {
-  explicit Place(const QWidget& part) {
-    const QWidget& view = *part.parentWidget();
-    const QRect rect = QStyle::visualRect(view.layoutDirection(), view.rect(), part.geometry());
-    leading = rect.x();
-    top = rect.y();
-    trailing = rect.x() + rect.width();
-    bottom = rect.y() + rect.height();
-  }
-  int leading, top, trailing, bottom;
+  int leading, top, trailing, bottom;  // edges lie between pixels
 };
+
+/// As if people wrote from left to right.
+Place placeOf(const QWidget& part) {
+  const QWidget& view = *part.parentWidget();
+  const QRect rect = QStyle::visualRect(view.layoutDirection(), view.rect(), part.geometry());
+  return {rect.x(), rect.y(), rect.x() + rect.width(), rect.y() + rect.height()};
+}
 
 class ShareSheetLayoutTest : public ShareSheetTest {
  protected:
   void expectConstraints() const {
     const int width = controller_->view().width();
     const int height = controller_->view().height();
-    const Place header(controller_->headerTextField());
-    const Place branding(controller_->brandingImageView());
-    const Place box(form());
-    const Place help(controller_->helpButton());
-    const Place cancel(controller_->cancelButton());
-    const Place share(controller_->shareButton());
+    const Place header = placeOf(controller_->headerTextField());
+    const Place branding = placeOf(controller_->brandingImageView());
+    const Place box = placeOf(form());
+    const Place help = placeOf(controller_->helpButton());
+    const Place cancel = placeOf(controller_->cancelButton());
+    const Place share = placeOf(controller_->shareButton());
     EXPECT_EQ(header.top, 16);
     EXPECT_LE(header.trailing - header.leading, 0.8 * width);
     EXPECT_EQ(header.leading + header.trailing, width) << "in the middle";
@@ -76,18 +69,13 @@ class ShareSheetLayoutTest : public ShareSheetTest {
 };
 
 TEST_F(ShareSheetLayoutTest, EveryPartStandsWhereItBelongsAtEverySizeAndNothingIsCut) {
-  struct Row {
-    const char* name;
-    const char* language;
-    Qt::LayoutDirection direction;
-  };
   QImage logo(40, 20, QImage::Format_RGB32);
-  for (const Row& row :
-       {Row{"English", "en", Qt::LeftToRight}, Row{"German", "de", Qt::LeftToRight},
-        Row{"from right to left", "en", Qt::RightToLeft}}) {
-    SCOPED_TRACE(row.name);
-    platform::setPreferredLanguages({row.language});
-    window_->setLayoutDirection(row.direction);
+  const std::pair<const char*, Qt::LayoutDirection> rows[] = {
+      {"en", Qt::LeftToRight}, {"de", Qt::LeftToRight}, {"en", Qt::RightToLeft}};
+  for (const auto& [language, direction] : rows) {
+    SCOPED_TRACE(testing::Message() << language << direction);
+    platform::setPreferredLanguages({language});
+    window_->setLayoutDirection(direction);
     create();
     controller_->setBrandingImage(logo);
     show();

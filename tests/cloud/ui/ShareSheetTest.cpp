@@ -1,15 +1,12 @@
 #include "ShareSheetTest.h"
 
-#include <QCheckBox>
-#include <QVBoxLayout>
-
 namespace quillbay::cloud {
 
 SessionConfiguration linkWith(SessionLinkType linkType, std::optional<std::string> password) {
   return {std::nullopt, std::nullopt, linkType, std::move(password), false};
 }
 
-ShareSheetTest::ShareSheetTest() : window_(std::make_unique<QDialog>()) {}
+ShareSheetTest::ShareSheetTest() : window_(std::make_unique<QDialog>()) { create(); }
 
 ShareSheetTest::~ShareSheetTest() {
   controller_.reset();

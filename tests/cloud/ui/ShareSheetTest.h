@@ -1,18 +1,23 @@
 #pragma once
 
+#include <QuillbayCloud/ui/HeaderTextField.h>
+#include <QuillbayCloud/ui/ImageView.h>
 #include <QuillbayCloud/ui/LocalizedText.h>
 #include <QuillbayCloud/ui/SecureFirstRespondableTextField.h>
 #include <QuillbayCloud/ui/SessionConfigurationView.h>
 #include <QuillbayCloud/ui/ShareViewController.h>
+#include <QuillbayPlatform/StringTable.h>
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <memory>
-#include <vector>
+#include <QStyle>
+#include <QVBoxLayout>
 
 #include "UITest.h"
 
