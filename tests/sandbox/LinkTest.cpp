@@ -1,12 +1,9 @@
 #include <archive.h>
 #include <archive_entry.h>
-#include <gtest/gtest.h>
 
 #include <clocale>
-#include <map>
 
 #include "sandbox/http/ContentDisposition.h"
-#include "tests/sandbox/RawClient.h"
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {

@@ -6,16 +6,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <filesystem>
-#include <memory>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <string>
-#include <vector>
 
 #include "sandbox/SandboxServer.h"
 #include "sandbox/support/Digest.h"
 #include "sandbox/support/Hex.h"
+#include "tests/sandbox/RawClient.h"
 
 namespace quillbay::sandbox {
 

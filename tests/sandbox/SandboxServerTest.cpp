@@ -1,16 +1,12 @@
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <csignal>
 #include <cstdio>
-#include <deque>
-#include <future>
 
 #include "sandbox/http/ConnectionThreads.h"
 #include "sandbox/http/OpenConnections.h"
 #include "sandbox/model/SessionStore.h"
 #include "sandbox/support/Files.h"
-#include "tests/sandbox/RawClient.h"
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {

@@ -1,8 +1,5 @@
-#include <gtest/gtest.h>
 
-#include <deque>
 
-#include "tests/sandbox/RawClient.h"
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {
