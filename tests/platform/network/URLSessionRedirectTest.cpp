@@ -14,39 +14,35 @@ ScriptedServer::RequestHandler leading(int status, std::string location) {
 }
 
 TEST_F(URLSessionRedirectTest, ADataTaskIsRedirectedAsABrowserWould) {
-  struct Row {
-    int status;
-    const char* method;
-    const char* expectedMethod;  // nullptr: not followed
-    const char* location = "to?a b";
+  // Without an expected method it is not followed.
+  const std::tuple<int, std::string, std::string> rows[] = {
+      {301, "GET", "GET"}, {301, "POST", "GET"},  {302, "POST", "GET"}, {303, "PUT", "GET"},
+      {301, "PUT", "PUT"}, {307, "POST", "POST"}, {308, "PUT", "PUT"},  {302, "DELETE", "DELETE"},
+      {304, "GET", ""},    {201, "POST", ""},
   };
-  const std::vector<Row> rows = {
-      {301, "GET", "GET"},    {301, "POST", "GET"},      {302, "POST", "GET"},
-      {303, "PUT", "GET"},    {301, "PUT", "PUT"},       {302, "DELETE", "DELETE"},
-      {307, "POST", "POST"},  {308, "PUT", "PUT"},       {304, "GET", nullptr},
-      {201, "POST", nullptr}, {302, "GET", nullptr, ""},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(std::to_string(row.status) + " " + row.method);
+  for (const auto& [status, method, expectedMethod] : rows) {
+    SCOPED_TRACE(std::to_string(status) + " " + method);
     ScriptedServer server;
-    server.onRequest(leading(row.status, row.location));
-    auto sent = request(row.method, server.address("/from"));
+    server.onRequest(leading(status, "to?a b"));
+    auto sent = request(method, server.address("/from"));
     sent.headerFields = {{tokenField, "confidential"}, {"Content-Type", "a/b"}};
-    if (sent.method == "POST" || sent.method == "PUT") sent.body = "{\"a\":1}";
+    if (method == "POST" || method == "PUT") sent.body = "{\"a\":1}";
     const Outcome outcome = perform(sent);
 
     const auto requests = server.requests();
-    EXPECT_EQ(outcome.status(), row.expectedMethod ? 200 : row.status);
-    ASSERT_EQ(requests.size(), row.expectedMethod ? 2u : 1u);
-    if (!row.expectedMethod) continue;
+    EXPECT_EQ(outcome.status(), expectedMethod.empty() ? status : 200);
+    ASSERT_EQ(requests.size(), expectedMethod.empty() ? 1u : 2u);
+    if (expectedMethod.empty()) continue;
     EXPECT_EQ(outcome.response->url().absoluteString(), server.address("/to?a%20b"));
     EXPECT_EQ(requests[1].target(), "/to?a%20b");
-    EXPECT_EQ(requests[1].method(), row.expectedMethod);
+    EXPECT_EQ(requests[1].method(), expectedMethod);
     EXPECT_EQ(requests[1].field(tokenField), secret);
-    const bool keepsBody = sent.method == row.expectedMethod;
+    const bool keepsBody = method == expectedMethod;
     EXPECT_EQ(requests[1].body, keepsBody ? sent.body.value_or("") : "");
     EXPECT_EQ(requests[1].field("Content-Type").has_value(), keepsBody);
   }
+  server_.onRequest(leading(302, ""));
+  EXPECT_EQ(get(server_.address("/from")).status(), 302);
 }
 
 TEST_F(URLSessionRedirectTest, AnUploadIsSentAgainFromItsFirstByteFor307And308Only) {
@@ -85,9 +81,7 @@ TEST_F(URLSessionRedirectTest, TenRedirectsAreFollowedAndNoMore) {
     return left == 0 ? Reply::empty(200) : Reply::redirect(302, "/" + std::to_string(left - 1));
   });
   EXPECT_EQ(get(server_.address("/10")).status(), 200);
-  const Outcome outcome = get(server_.address("/11"));
-  EXPECT_EQ(outcome.code(), Code::tooManyRedirects);
-  EXPECT_FALSE(outcome.response);
+  EXPECT_EQ(get(server_.address("/11")).code(), Code::tooManyRedirects);
   EXPECT_EQ(server_.requests().size(), 22u);
 }
 
