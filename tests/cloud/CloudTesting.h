@@ -107,7 +107,8 @@ struct Host {
           onEnd();
         });
   }
-  /// Runs the main queue until the run's callbacks are gone: nothing can come any more.
+  /// Runs the main queue until the run's callbacks are gone: nothing can come any more, and none of
+  /// them keeps the controller alive by holding it.
   [[nodiscard]] bool waitForEnd() const {
     return waitUntil([this] { return livingObjectCount == 0; });
   }

@@ -130,17 +130,5 @@ TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
   EXPECT_EQ(host.events, (Lines{"session", "done", "session", "done"}));
 }
 
-// Otherwise a completion that holds its controller would keep both for ever.
-TEST_F(SessionControllerLifetime, CallbacksAreGoneOnceTheyHaveRun) {
-  auto controller =
-      SessionController::create({"host-1", files(2)}, cloud::SessionConfiguration::default_());
-  const std::weak_ptr<SessionController> weakController = controller;
-  bool isDone = false;
-  controller->createSession([controller, &isDone](const auto&) { isDone = true; });
-  controller.reset();
-  ASSERT_TRUE(waitUntil([&] { return isDone; }));
-  EXPECT_TRUE(weakController.expired());
-}
-
 }  // namespace
 }  // namespace quillbay::test

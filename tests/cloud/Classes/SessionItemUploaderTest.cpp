@@ -112,10 +112,10 @@ TEST_F(SessionItemUploaderTest, AFailureIsLoggedAndReportedInItsOwnWayForEachSte
 }
 
 TEST_F(SessionItemUploaderTest, SendsAnEntityTagAsItIsAndLogsItInOneLine) {
-  service_.answer(Call::store, {.headerFields = {{"ETag", "\"a\u0085b\u202E\""}}});
+  const std::string tag = "\"a\u0085b\u202E\"";
+  service_.answer(Call::store, {.headerFields = {{"ETag", tag}}});
   upload();
-  EXPECT_EQ(json::parse(service_.requests(Call::finalize).at(0).body)["etag"],
-            "\"a\u0085b\u202E\"");
+  EXPECT_EQ(json::parse(service_.requests(Call::finalize).at(0).body)["etag"], tag);
   EXPECT_EQ(RecordingLogger::lines().at(3),
             "debug finalizeUpload(etag:): Finalizing upload with etag: \"a b \"");
 }
