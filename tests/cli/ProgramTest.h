@@ -40,13 +40,8 @@ class ProgramTest : public testing::Test {
     return program;
   }
 
-  /// Has every reply to `call` wait at the gate.
-  void stall(Call call) {
-    service_.setHook(call, [gate = gate_](const Request&, Reply ordinary) {
-      ordinary.sendAfter = gate;
-      return ordinary;
-    });
-  }
+  /// Has every reply to `call` wait at the gate, which is that of the last stall.
+  void stall(Call call) { gate_ = service_.hold(call); }
 
   /// The program, once it waits for the stalled reply to `call`.
   std::unique_ptr<ChildProcess> startStalled(Call call, Setup setup) {
@@ -83,7 +78,7 @@ class ProgramTest : public testing::Test {
   const TemporaryFolder folder_;
   const std::string file_ = folder_.write("file", "content");
   const std::string link_ = std::string(FakeService::link) + "\n";
-  const std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
+  std::shared_ptr<Gate> gate_;
   FakeService service_;
 };
 

@@ -92,7 +92,7 @@ TEST_F(Share, aFileThatChangedIsTheCauseOfTheRefusal) {
 }
 
 TEST_F(Share, anUploadWithoutReplyIsNotTakenForAReplyThatMakesNoSense) {
-  service_.setHook(Call::store, [](const Request&, const Reply&) { return Reply::none(); });
+  service_.answer(Call::store, Reply::none());
   const auto program = run(1, {.arguments = {"share", file_}});
   EXPECT_THAT(program->error(), HasSubstr("the connection to the store could not be made"));
 }
