@@ -77,7 +77,7 @@ bool Connection::send(std::string_view bytes) {
 
 bool Connection::send(const Reply& reply) {
   if (reply.sendAfter && !waitFor(*reply.sendAfter)) return false;
-  return send(reply.bytes()) && !reply.closeAfter && reply.status != 0;
+  return send(reply.bytes()) && reply.raw.empty() && reply.status != 0;
 }
 
 bool Connection::pause(std::chrono::milliseconds duration) {

@@ -40,11 +40,9 @@ struct Reply {
   int status = 200;
   std::vector<std::pair<std::string, std::string>> headerFields = {};
   std::string body = {};
-  /// Closes the connection.
-  bool closeAfter = false;
   /// Holds the reply back until the gate opens.
   std::shared_ptr<Gate> sendAfter = {};
-  /// Goes out in place of status, fields and body.
+  /// Goes out in place of status, fields and body; then the connection closes.
   std::string raw = {};
 
   static Reply json(std::string text, int status = 200);

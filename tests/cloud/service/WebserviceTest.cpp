@@ -39,7 +39,6 @@ class WebserviceTest : public ServiceTest {
 
 TEST_F(WebserviceTest, ReadsARecordFromAnySuccessAndTellsTheFailuresApart) {
   const Reply brokenOff{
-      .closeAfter = true,
       .raw = "HTTP/1.1 400 No\r\nContent-Length: 999\r\n\r\n{\"message\":\"m\",\"status\":1}"};
   const char* const record = R"({"url":"https://s.example/k?a=b","more":1})";
   const std::tuple<const char*, Reply, const char*> rows[] = {

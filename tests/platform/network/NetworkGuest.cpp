@@ -1,5 +1,5 @@
-// A program that ends, or forks, while the network is at work for it. What it finds wrong is its
-// exit status.
+// A program that ends, or forks, while the network is at work for it. If it finds something wrong,
+// it says so and has an exit status.
 //
 //   NetworkGuest exit-at-once|exit|fork|fork-idle|fork-unused ADDRESS AUTHORITY FILE
 
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -23,14 +24,10 @@ namespace {
 
 using namespace quillbay::platform;
 
-enum Failure {
-  threadBeforeFirstUse = 10,
-  calledBackTwice,
-  noProgress,
-  childFailed,
-  calledBackInChild,
-  threadInChild
-};
+[[noreturn]] void fail(const char* why) {
+  std::fputs(why, stderr);
+  ::_exit(1);
+}
 
 constexpr int taskCount = 3;
 std::atomic<int> callCounts[taskCount];
@@ -39,7 +36,7 @@ const pid_t mainProcess = ::getpid();
 /// Registered before the network is first used, hence called after it has ended.
 void checkThatNoTaskEndedTwice() {
   for (const auto& count : callCounts) {
-    if (count > 1) ::_exit(calledBackTwice);
+    if (count > 1) fail("a task ended twice");
   }
 }
 
@@ -67,18 +64,19 @@ std::shared_ptr<URLSessionTask> startUpload(const char* address, const char* fil
   const auto own = DispatchQueue::makeSerial();
   for (auto* queue :
        {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(), &serial, own.get()}) {
-    queue->async([] { ::_exit(calledBackInChild); });
+    queue->async([] { fail("the child runs work"); });
   }
-  if (threadCount() > initialThreadCount) ::_exit(threadInChild);
+  if (threadCount() > initialThreadCount) fail("the child has started a thread");
   setMainQueuePoster(nullptr);
   stopMainQueue();
   runMainQueue([] { return count > 0; }, std::chrono::milliseconds(50));
-  std::exit(count > 0 ? calledBackInChild : 0);
+  if (count > 0) fail("the child was called back");
+  std::exit(0);
 }
 
 void await(pid_t child) {
   int status = 0;
-  if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+  if (::waitpid(child, &status, 0) != child || status != 0) fail("the child failed");
 }
 
 void forkBusy(const char* address, const char* file) {
@@ -112,7 +110,7 @@ int main(int, char** arguments) {
   NetworkSettings settings;
   settings.caBundlePath = arguments[3];
   NetworkSettings::set(settings);
-  if (threadCount() != 1) return threadBeforeFirstUse;
+  if (threadCount() != 1) fail("a thread before the first use");
 
   if (mode == "fork-idle") DispatchQueue::main().async([] {});
   if (mode == "fork-idle" || mode == "fork-unused") {
@@ -129,7 +127,7 @@ int main(int, char** arguments) {
   if (mode == "exit-at-once") return 0;
 
   const auto isMoving = [&] { return tasks.back()->progress()->fractionCompleted() > 0; };
-  if (!runMainQueue(isMoving, std::chrono::seconds(10))) ::_exit(noProgress);
+  if (!runMainQueue(isMoving, std::chrono::seconds(10))) fail("no progress");
   if (mode == "fork") forkBusy(address, file);
   std::exit(0);
 }

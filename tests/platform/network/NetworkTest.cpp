@@ -12,13 +12,10 @@ std::optional<Code> Outcome::code() const {
   return dynamic_cast<const URLError&>(*error).code();
 }
 
-RunningTask::RunningTask(URLRequest request, URLSession& session)
-    : task_(session.dataTask(std::move(request), handler())) {
-  task_->resume();
-}
-
-RunningTask::RunningTask(URLRequest request, const std::filesystem::path& file, URLSession& session)
-    : task_(session.uploadTask(std::move(request), URL::fileURL(file), handler())) {
+RunningTask::RunningTask(URLRequest request, const std::optional<std::filesystem::path>& file,
+                         URLSession& session)
+    : task_(file ? session.uploadTask(std::move(request), URL::fileURL(*file), handler())
+                 : session.dataTask(std::move(request), handler())) {
   task_->resume();
 }
 

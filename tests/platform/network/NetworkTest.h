@@ -40,11 +40,10 @@ struct Outcome {
 /// A task that has been resumed.
 class RunningTask {
  public:
+  /// An upload if there is a file.
   explicit RunningTask(platform::URLRequest request,
+                       const std::optional<std::filesystem::path>& file = std::nullopt,
                        platform::URLSession& session = platform::URLSession::shared());
-  /// An upload.
-  RunningTask(platform::URLRequest request, const std::filesystem::path& file,
-              platform::URLSession& session = platform::URLSession::shared());
 
   bool isFinished() const;
   const std::shared_ptr<platform::Progress>& progress() const { return task_->progress(); }

@@ -125,8 +125,9 @@ TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
       for (int index = 0; index < 25; ++index) {
         const auto path = "/" + std::to_string(++requestCount);
         const auto put = storeRequest(server_.address(path), 100'000);
-        tasksOfThread.push_back(index % 2 == 0 ? RunningTask(put, file, *session)
-                                               : RunningTask({"GET", put.url}, *session));
+        tasksOfThread.push_back(index % 2 == 0
+                                    ? RunningTask(put, file, *session)
+                                    : RunningTask({"GET", put.url}, std::nullopt, *session));
       }
     });
   }
