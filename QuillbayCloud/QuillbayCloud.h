@@ -5,6 +5,7 @@
 #include <QuillbayCloud/Classes/SessionController.h>
 #include <QuillbayCloud/model/QuillbayCloudError.h>
 #include <QuillbayCloud/model/Session.h>
+#include <QuillbayCloud/model/SessionActivity.h>
 #include <QuillbayCloud/model/SessionConfiguration.h>
 #include <QuillbayCloud/model/SessionContext.h>
 #include <QuillbayCloud/model/SessionLinkType.h>

@@ -55,9 +55,7 @@ bool Progress::isFinished() const {
 }
 
 Progress::Observation Progress::observe(Observer observer) {
-  auto registration = std::make_shared<Observer>(std::move(observer));
-  observers_.push_back(registration);
-  return Observation(std::move(registration));
+  return observers_.add(std::move(observer));
 }
 
 bool Progress::isSelfOrAncestor(const Progress& other) const {
@@ -88,20 +86,15 @@ void Progress::absorb(Progress& child) {
 }
 
 void Progress::scheduleNotification() {
-  std::erase_if(observers_, [](const auto& observer) { return observer.expired(); });
-  if (observers_.empty() || std::exchange(isNotificationPending_, true)) return;
+  if (observers_.isEmpty() || std::exchange(isNotificationPending_, true)) return;
   DispatchQueue::main().async([weakSelf = weak_from_this()] {
     if (const auto self = weakSelf.lock()) self->notify();
   });
 }
 
-/// Over a copy, each locked at its turn: an observer may add others or end any of them.
 void Progress::notify() {
   isNotificationPending_ = false;
-  const auto observers = observers_;
-  for (const auto& weakObserver : observers) {
-    if (const auto observer = weakObserver.lock()) (*observer)(*this);
-  }
+  observers_.notify(*this);
 }
 
 }  // namespace quillbay::platform

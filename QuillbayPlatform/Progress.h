@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QuillbayPlatform/Observation.h>
+
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <utility>
 #include <vector>
 
 namespace quillbay::platform {
@@ -16,18 +16,9 @@ namespace quillbay::platform {
 class Progress : public std::enable_shared_from_this<Progress> {
  public:
   /// Called on the main queue after a change, at most once a turn of it.
-  using Observer = std::function<void(const Progress&)>;
+  using Observer = ObserverList<Progress>::Observer;
 
-  /// Ends its observation when destroyed. May outlive the progress object.
-  class Observation {
-   public:
-    Observation() = default;
-    explicit Observation(std::shared_ptr<void> registration)
-        : registration_(std::move(registration)) {}
-
-   private:
-    std::shared_ptr<void> registration_;
-  };
+  using Observation = platform::Observation;
 
   /// `totalUnitCount` may be 0; the fraction is then 0 until a total is set.
   static std::shared_ptr<Progress> create(std::int64_t totalUnitCount);
@@ -70,7 +61,7 @@ class Progress : public std::enable_shared_from_this<Progress> {
   std::int64_t completedUnitCount_ = 0;
   std::vector<Child> children_;
   std::weak_ptr<Progress> parent_;
-  std::vector<std::weak_ptr<Observer>> observers_;
+  ObserverList<Progress> observers_;
   bool isNotificationPending_ = false;
 };
 

@@ -7,12 +7,13 @@
 #include <expected>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace quillbay::cloud {
+
+class RunActivity;
 
 /// Internal: computes the SHA-256 (FIPS 180-4) of every file of one list, off the main queue, file
 /// after file. For one calculation.
@@ -24,7 +25,9 @@ class FileFingerprint : public std::enable_shared_from_this<FileFingerprint> {
   using Fingerprints = std::unordered_map<platform::URL, std::string>;
   using Completion = std::move_only_function<void(std::expected<Fingerprints, FileHasherError>)>;
 
-  static std::shared_ptr<FileFingerprint> create(std::vector<platform::URL> files);
+  /// `activity`, which may be null, is told on the main queue how far the calculation is.
+  static std::shared_ptr<FileFingerprint> create(std::vector<platform::URL> files,
+                                                 std::shared_ptr<RunActivity> activity = nullptr);
 
   const std::vector<platform::URL>& files() const { return files_; }
 
@@ -39,11 +42,15 @@ class FileFingerprint : public std::enable_shared_from_this<FileFingerprint> {
   void calculate(Completion completion);
 
  private:
-  explicit FileFingerprint(std::vector<platform::URL> files);
+  struct Calculation;
 
-  std::expected<Fingerprints, FileHasherError> fingerprints() const;
+  FileFingerprint(std::vector<platform::URL> files, std::shared_ptr<RunActivity> activity);
+
+  Calculation calculation() const;
+  void report(Calculation calculation, Completion& completion) const;
 
   const std::vector<platform::URL> files_;
+  const std::shared_ptr<RunActivity> activity_;
   std::atomic<bool> isCancelled_ = false;
 };
 

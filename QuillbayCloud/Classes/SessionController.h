@@ -2,26 +2,33 @@
 
 #include <QuillbayCloud/model/QuillbayCloudError.h>
 #include <QuillbayCloud/model/Session.h>
+#include <QuillbayCloud/model/SessionActivity.h>
 #include <QuillbayCloud/model/SessionConfiguration.h>
 #include <QuillbayCloud/model/SessionContext.h>
+#include <QuillbayPlatform/Observation.h>
 #include <QuillbayPlatform/Progress.h>
 
+#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace quillbay::cloud {
 
+class ActivityMonitor;
 class FileFingerprint;
+class RunActivity;
 class SessionItemUploadQueue;
 class Webservice;
 
 /// Shares files: fingerprints them (SHA-256, FIPS 180-4), creates a session on the service, uploads
 /// one file after the other, the last one first. Nothing is retried, and nothing that is done is
-/// undone.
+/// undone; what has not arrived can be uploaded later under the same link.
 ///
 /// Threads: create, call and release it on the main queue's thread; every callback arrives there,
 /// never inside the call that started the work. Callbacks are destroyed there too, and must not
@@ -70,6 +77,37 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   void createSession(SessionCreation sessionCreation, Completion completion);
   void createSession(Completion completion);
 
+  /// Uploads the files of an existing session that have not arrived, under its link, and returns at
+  /// once. The session may come from an earlier launch: a host keeps it in the JSON form of
+  /// `Session`, written with `JSONDatePolicy::secondsSince1970`. The context must list the files in
+  /// the order in which they were announced, and the configuration have the link type of the
+  /// session; the rest of it does not matter.
+  ///
+  /// `uploadedItems`: positions in the context's list of the files that have arrived, such as
+  /// `uploadedItems()` of the run that was cut short; positions beyond the list are ignored. Those
+  /// files need not exist any more.
+  ///
+  /// The files that are left are fingerprinted first. `completion` is called once with `session`,
+  /// or with the error that ended the run: those of `createSession` after its creation,
+  /// `fingerprintFailure` for a file that cannot be read, and `invalidFile`, before any upload, for
+  /// one whose content is not the announced one; `activity` names it. A session that has expired or
+  /// was deleted gives the service's refusal.
+  void resumeSession(const Session& session, std::span<const std::size_t> uploadedItems,
+                     Completion completion);
+
+  /// What the latest run is doing.
+  const SessionActivity& activity() const;
+
+  /// Positions in the context's list of the files that the service has confirmed in the latest run,
+  /// and of those that it was told of by `resumeSession`.
+  const std::vector<std::size_t>& uploadedItems() const;
+
+  using ActivityObserver = std::function<void(const SessionActivity&)>;
+
+  /// Calls `observer` on the main queue after each change of the step, and at most ten times a
+  /// second while bytes move; changes in one turn of the main queue arrive as one.
+  [[nodiscard]] platform::Observation observeActivity(ActivityObserver observer);
+
   /// Ends the current run and every later one of this controller, for good. Stops no transfer
   /// and deletes nothing on the service.
   ///
@@ -89,9 +127,24 @@ class SessionController : public std::enable_shared_from_this<SessionController>
  private:
   SessionController(SessionContext context, SessionConfiguration configuration);
 
-  void requestSession(const std::unordered_map<platform::URL, std::string>& fingerprints,
+  using Fingerprints = std::unordered_map<platform::URL, std::string>;
+  /// What a run does once its files are fingerprinted.
+  using Continuation =
+      std::move_only_function<void(SessionController&, const Fingerprints&, Completion)>;
+
+  /// `itemCount`: how many items the session has, or will have.
+  std::shared_ptr<RunActivity> beginRun(std::size_t itemCount,
+                                        std::span<const std::size_t> uploadedItems);
+  void fingerprintFiles(std::string_view operation, std::string_view nextStep,
+                        const std::shared_ptr<RunActivity>& run, Completion completion,
+                        Continuation proceed);
+  void requestSession(const Fingerprints& fingerprints, const std::shared_ptr<RunActivity>& run,
                       SessionCreation sessionCreation, Completion completion);
-  void uploadItems(const Session& session, Completion completion);
+  void resumeUploads(const Session& session, const Fingerprints& fingerprints,
+                     const std::shared_ptr<RunActivity>& run, Completion completion);
+  void uploadItems(const Session& session, const std::shared_ptr<RunActivity>& run,
+                   Completion completion);
+  static void reportLater(const QuillbayCloudError& error, Completion completion);
 
   const SessionContext context_;
   const SessionConfiguration configuration_;
@@ -100,6 +153,7 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   bool cancelled_ = false;
   std::shared_ptr<SessionItemUploadQueue> uploader_;
   std::shared_ptr<FileFingerprint> fileFingerprint_;
+  const std::shared_ptr<ActivityMonitor> activityMonitor_;
 };
 
 }  // namespace quillbay::cloud

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <utility>
 
 namespace quillbay::cloud {
@@ -20,30 +21,38 @@ constexpr std::string_view kUploadNextItem = "uploadNextItem()";
 
 std::shared_ptr<SessionItemUploadQueue> SessionItemUploadQueue::create(
     const std::shared_ptr<const Webservice>& webservice, const Session& session,
-    const std::vector<URL>& items, bool isInline) {
+    const std::vector<URL>& items, bool isInline, const std::shared_ptr<RunActivity>& activity) {
   return std::shared_ptr<SessionItemUploadQueue>(
-      new SessionItemUploadQueue(webservice, session, items, isInline));
+      new SessionItemUploadQueue(webservice, session, items, isInline, activity));
 }
 
 SessionItemUploadQueue::SessionItemUploadQueue(const std::shared_ptr<const Webservice>& webservice,
                                                const Session& session,
-                                               const std::vector<URL>& files, bool isInline)
+                                               const std::vector<URL>& files, bool isInline,
+                                               const std::shared_ptr<RunActivity>& activity)
     : session_(session),
-      progress_(platform::Progress::create(static_cast<std::int64_t>(items(session).size()) *
-                                           kUnitsPerItem)) {
+      progress_(platform::Progress::create(
+          static_cast<std::int64_t>(items(session).size() - activity->uploadedItems().size()) *
+          kUnitsPerItem)),
+      hasFileForEachItem_(items(session).size() <= files.size()) {
   const auto& sessionItems = items(session_);
   const auto pairCount = std::min(sessionItems.size(), files.size());
+  const std::set<std::size_t> uploaded(activity->uploadedItems().begin(),
+                                       activity->uploadedItems().end());
   queue_.reserve(pairCount);
   for (std::size_t i = 0; i < pairCount; ++i) {
-    queue_.push_back(
-        SessionItemUploader::create(webservice, session_, sessionItems[i], files[i], isInline));
+    if (uploaded.contains(i)) continue;
+    auto uploader =
+        SessionItemUploader::create(webservice, session_, sessionItems[i], files[i], isInline);
+    uploader->reportTo(activity, queue_.size());
+    queue_.push_back(std::move(uploader));
   }
 }
 
 void SessionItemUploadQueue::start(Completion completion) {
   setCompletion(std::move(completion));
   if (items(session_).empty()) return finish(QuillbayCloudError::missingItems());
-  if (queue_.size() < items(session_).size()) return finish(QuillbayCloudError::invalidResponse());
+  if (!hasFileForEachItem_) return finish(QuillbayCloudError::invalidResponse());
   uploadNextItem();
 }
 

@@ -7,6 +7,7 @@
 #include <QuillbayPlatform/Progress.h>
 #include <QuillbayPlatform/URL.h>
 
+#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -24,12 +25,14 @@ class SessionItemUploadQueue : public std::enable_shared_from_this<SessionItemUp
   using Result = std::expected<void, QuillbayCloudError>;
   using Completion = std::move_only_function<void(Result)>;
 
-  /// `items`: the host's files, in the order in which they were announced.
+  /// `items`: the host's files, in the order in which they were announced. Those that `activity`
+  /// knows as uploaded are left out.
   static std::shared_ptr<SessionItemUploadQueue> create(
       const std::shared_ptr<const Webservice>& webservice, const Session& session,
-      const std::vector<platform::URL>& items, bool isInline);
+      const std::vector<platform::URL>& items, bool isInline,
+      const std::shared_ptr<RunActivity>& activity);
 
-  /// 100 units an item.
+  /// 100 units for each item that it uploads.
   const std::shared_ptr<platform::Progress>& progress() const { return progress_; }
 
   /// Starts and returns at once. `completion` is called at most once, later: with success, the
@@ -44,7 +47,7 @@ class SessionItemUploadQueue : public std::enable_shared_from_this<SessionItemUp
  private:
   SessionItemUploadQueue(const std::shared_ptr<const Webservice>& webservice,
                          const Session& session, const std::vector<platform::URL>& files,
-                         bool isInline);
+                         bool isInline, const std::shared_ptr<RunActivity>& activity);
 
   void uploadNextItem();
   void finish();
@@ -53,6 +56,7 @@ class SessionItemUploadQueue : public std::enable_shared_from_this<SessionItemUp
 
   const Session session_;
   const std::shared_ptr<platform::Progress> progress_;
+  const bool hasFileForEachItem_;
   std::vector<std::shared_ptr<SessionItemUploader>> queue_;
   // Shared, so that a completion may clear or replace itself while it runs.
   std::shared_ptr<Completion> completion_;

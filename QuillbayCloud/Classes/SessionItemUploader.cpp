@@ -5,6 +5,7 @@
 #include <QuillbayCloud/service/Log.h>
 #include <QuillbayPlatform/DispatchQueue.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace quillbay::cloud {
@@ -13,6 +14,7 @@ namespace {
 using platform::ErrorPtr;
 using platform::HTTPURLResponse;
 using platform::URL;
+using Step = SessionActivity::Step;
 
 constexpr std::string_view kRequestUploadUrl = "requestUploadUrl()";
 constexpr std::string_view kUploadItem = "uploadItem(url:)";
@@ -44,7 +46,17 @@ void SessionItemUploader::upload(std::shared_ptr<platform::Progress> progress,
   requestUploadUrl();
 }
 
+void SessionItemUploader::reportTo(std::shared_ptr<RunActivity> activity, std::size_t position) {
+  activity_ = std::move(activity);
+  position_ = position;
+}
+
+void SessionItemUploader::enter(Step step) const {
+  if (activity_) activity_->uploading(step, position_);
+}
+
 void SessionItemUploader::requestUploadUrl() {
+  enter(Step::requestingAddress);
   webservice_->perform<ItemUploadUrl>(
       webservice_->requestFactory().uploadUrlRequest(session_.identifier(), item_.identifier(),
                                                      token()),
@@ -67,6 +79,7 @@ void SessionItemUploader::requestUploadUrl() {
 }
 
 void SessionItemUploader::uploadItem(const URL& url) {
+  enter(Step::uploading);
   using Disposition = RequestFactory::ContentDispositionType;
   auto request = webservice_->requestFactory().uploadRequest(
       url, filePath_, isInline_ ? Disposition::inline_() : Disposition::attachment());
@@ -83,11 +96,24 @@ void SessionItemUploader::uploadItem(const URL& url) {
           std::optional<std::string> data, const std::optional<HTTPURLResponse>& response,
           const ErrorPtr& error) {
         const MainQueueReference self(weakSelf);
+        if (self && !response) self->noteUnanswered(error);
         if (self) self->uploadEnded(uploadResult(std::move(data), response, error, request.url));
       });
   task->resume();
+  if (activity_) {
+    sentBytesObservation_ =
+        task->progress()->observe([activity = activity_](const platform::Progress& progress) {
+          activity->sent(static_cast<std::uint64_t>(progress.completedUnitCount()));
+        });
+  }
   if (progress_) progress_->addChild(task->progress(), task->progress()->totalUnitCount());
   uploadTask_ = task;
+}
+
+void SessionItemUploader::noteUnanswered(const ErrorPtr& error) const {
+  if (!activity_) return;
+  platform::DispatchQueue::main().async(
+      [activity = activity_, error] { activity->uploadUnanswered(error); });
 }
 
 void SessionItemUploader::uploadEnded(const std::expected<std::string, QuillbayCloudError>& etag) {
@@ -97,6 +123,9 @@ void SessionItemUploader::uploadEnded(const std::expected<std::string, QuillbayC
     return fail(etag.error());
   }
   Log::debug(kUploadItem, [&] { return "Successfully uploaded item with etag: " + *etag; });
+  // Ahead of the call, so that its reply finds the step entered.
+  platform::DispatchQueue::main().async(
+      [self = shared_from_this()] { self->enter(Step::finalizing); });
   finalizeUpload(*etag);
 }
 
@@ -148,7 +177,10 @@ void SessionItemUploader::finalizeUpload(const std::string& etag) {
 
 void SessionItemUploader::fail(const QuillbayCloudError& error) { report(std::unexpected(error)); }
 
-void SessionItemUploader::succeed(const Session& session) { report(session); }
+void SessionItemUploader::succeed(const Session& session) {
+  if (activity_) activity_->uploaded();
+  report(session);
+}
 
 void SessionItemUploader::report(Result result) {
   platform::DispatchQueue::main().async(

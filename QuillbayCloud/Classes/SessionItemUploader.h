@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QuillbayCloud/Classes/ActivityMonitor.h>
 #include <QuillbayCloud/model/Item.h>
 #include <QuillbayCloud/model/QuillbayCloudError.h>
 #include <QuillbayCloud/model/Session.h>
@@ -9,6 +10,7 @@
 #include <QuillbayPlatform/URL.h>
 #include <QuillbayPlatform/URLSession.h>
 
+#include <cstddef>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -32,6 +34,10 @@ class SessionItemUploader : public std::enable_shared_from_this<SessionItemUploa
                                                      const Session& session, Item item,
                                                      platform::URL filePath, bool isInline);
 
+  /// Has the steps of the upload told to `activity`, as those of the run's file at `position`.
+  /// Before `upload`.
+  void reportTo(std::shared_ptr<RunActivity> activity, std::size_t position);
+
   /// Starts and returns at once. `progress`, which may be null, gets the transfer's progress as a
   /// child. `completion` is called at most once, on the main queue, with the session as the
   /// finalize call returned it.
@@ -47,9 +53,11 @@ class SessionItemUploader : public std::enable_shared_from_this<SessionItemUploa
   SessionItemUploader(std::shared_ptr<const Webservice> webservice, const Session& session,
                       Item item, platform::URL filePath, bool isInline);
 
+  void enter(SessionActivity::Step step) const;
   void requestUploadUrl();
   void uploadItem(const platform::URL& url);
-  // On the upload session's queue; reads constants only.
+  // On the upload session's queue; they read constants only.
+  void noteUnanswered(const platform::ErrorPtr& error) const;
   void uploadEnded(const std::expected<std::string, QuillbayCloudError>& etag);
   void finalizeUpload(const std::string& etag);
   void fail(const QuillbayCloudError& error);
@@ -65,6 +73,9 @@ class SessionItemUploader : public std::enable_shared_from_this<SessionItemUploa
   std::shared_ptr<platform::URLSessionTask> uploadTask_;
   Completion completion_;
   std::shared_ptr<platform::Progress> progress_;
+  std::shared_ptr<RunActivity> activity_;
+  std::size_t position_ = 0;
+  platform::Observation sentBytesObservation_;
 };
 
 }  // namespace quillbay::cloud

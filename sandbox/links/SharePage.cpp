@@ -66,7 +66,7 @@ std::string notice(const Session& session, const Arrival& arrival) {
   const std::string rest = arrival.isInterrupted
                                ? "The upload was interrupted: nothing has arrived since " +
                                      formatTime(session.lastMovement(), timePattern) +
-                                     ". Ask the sender for a new link."
+                                     ". Ask the sender to continue it: the link stays the same."
                                : "The rest is on its way.";
   return "<div class=\"notice\">" + std::to_string(arrival.arrivedFileCount) + " of " +
          counted(arrival.fileCount, "file has", "files have") + " arrived. <span class=\"soft\">" +

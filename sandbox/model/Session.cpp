@@ -81,7 +81,7 @@ void Session::visitItems(const std::function<void(std::span<const ItemState>)>& 
 void Session::store(std::size_t index, const std::filesystem::path& file, StoredObject object) {
   const std::lock_guard lock(mutex_);
   if (isClosed_) throw SessionConflict("The session no longer exists.");
-  if (items_[index].isUploaded) throw SessionConflict("The item is already finalized.");
+  if (items_[index].isUploaded) return;
   // A new name each time: the journal line, not the file, decides which object counts.
   object.fileName = record_.items[index].identifier + "-" + randomText(8);
   std::filesystem::rename(file, objectPath(object.fileName));

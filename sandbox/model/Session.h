@@ -67,7 +67,9 @@ class Session {
   /// Known to the second, over restarts too.
   Instant lastMovement() const { return lastMovement_.load(std::memory_order_relaxed); }
 
-  /// Moves a complete file into the session. `object.fileName` is chosen here.
+  /// Moves a complete file into the session. `object.fileName` is chosen here. A finalized item
+  /// keeps the object that it has: its client may have been killed before it could remember that,
+  /// and uploads anew. `finalize` then tells whether the content is the same.
   void store(std::size_t index, const std::filesystem::path& file, StoredObject object);
   /// Compares the stored object with what was announced and with the tag the client was given.
   void finalize(std::size_t index, std::string_view entityTag);

@@ -123,7 +123,6 @@ Reply ServiceEndpoint::uploadUrl(const Call& call) {
   }
   const auto session = livingSession(call);
   const std::size_t index = itemIndex(call, *session);
-  if (session->item(index).isUploaded) throw SessionConflict("The item is already finalized.");
   const SessionRecord& record = session->record();
   const Item& item = record.items[index];
   const std::string url =

@@ -94,9 +94,6 @@ StoreEndpoint::Upload StoreEndpoint::admit(const Call& call) const {
   if (session->record().isExpired(clock_())) {
     throw StoreError(403, "AccessDenied", "The session has expired.");
   }
-  if (session->item(*index).isUploaded) {
-    throw StoreError(403, "AccessDenied", "The file is complete and cannot be replaced.");
-  }
   refuseWhatCannotBeStored(call);
   const std::uint64_t byteCount = *call.body.announcedByteCount();
   if (byteCount > session->record().items[*index].file.byteCount) {

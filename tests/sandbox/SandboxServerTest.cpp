@@ -15,9 +15,12 @@ namespace {
 using Server = RunningSandbox;
 
 TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
-  const json session = createSession({letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
+  const json session =
+      createSession({letter, letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
   upload(session, 0, letter);
   const auto stored = put(uploadTarget(session, 1), letter);
+  RawClient half(server_->port());
+  half.send(uploadHead(uploadTarget(session, 2), 8) + "Dear");
   const std::string authority = readFile(server_->authorityFile());
   restart();
   EXPECT_EQ(readFile(server_->authorityFile()), authority);
@@ -26,6 +29,9 @@ TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
   EXPECT_EQ(after["title"], "Post");
   EXPECT_EQ(after["items"][0]["is_uploaded"], true);
   EXPECT_EQ(after["items"][1]["is_uploaded"], true);
+  EXPECT_EQ(after["items"][2]["is_uploaded"], false);
+  // A client continues with the last item, and with others if it does not know that they are here.
+  for (const std::size_t item : {2, 1, 0}) upload(session, item, letter);
   EXPECT_EQ(client_->Get(linkOf(session))->status, 403);
 }
 

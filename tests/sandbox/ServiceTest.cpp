@@ -107,6 +107,7 @@ TEST_F(Service, DeletesTheSessionWithItsFiles) {
   EXPECT_EQ(outcome(client_->Delete(pathOf(session), tokenOf(session))), "204");
   EXPECT_EQ(outcome(client_->Get(linkOf(session))), "404");
   EXPECT_EQ(outcome(put(target, letter)), "404 NoSuchKey");
+  EXPECT_EQ(refusedStatus(requestUploadUrl(session, 1)), 404);
   EXPECT_EQ(refusedStatus(client_->Delete(pathOf(session), tokenOf(session))), 404);
   EXPECT_EQ(filesOnDisk("sessions"), 0);
 }

@@ -101,7 +101,13 @@ Reply FakeService::perform(const Arrival& arrival) {
   const auto& [request, call, name, identifier] = arrival;
   if (call == Call::unknown) return serviceError(404, "no such address");
   if (call == Call::createSession) {
-    isUploaded_.assign(JSON::parse(request.body).at("items").size(), false);
+    const JSON body = JSON::parse(request.body);
+    items_ = JSON::array();
+    for (const JSON& announced : body.at("items")) {
+      items_.push_back({{"id", "item-" + std::to_string(items_.size() + 1)},
+                        {"is_uploaded", false},
+                        {"fingerprint", announced.value("f", "")}});
+    }
     return sessionReply(201);
   }
   if (call != Call::store && request.field("X-QUILLBAY-SESSION-TOKEN") != token) {
@@ -109,7 +115,7 @@ Reply FakeService::perform(const Arrival& arrival) {
   }
   if (call == Call::deleteSession) return Reply::empty(204);
   const std::size_t index = std::stoul(identifier) - 1;
-  if (index >= isUploaded_.size()) return serviceError(404, "no such item");
+  if (index >= items_.size()) return serviceError(404, "no such item");
   if (call == Call::uploadUrl) {
     const std::string path = "/store/item-" + identifier + "?signature=secret";
     return Reply::json(JSON{{"url", server_.address(path, "localhost")}}.dump());
@@ -117,17 +123,12 @@ Reply FakeService::perform(const Arrival& arrival) {
   const std::string entityTag = "\"tag-of-item-" + identifier + "\"";
   if (call == Call::store) return {.headerFields = {{"ETag", entityTag}}};
   if (JSON::parse(request.body).at("etag") != entityTag) return serviceError(400, "wrong tag");
-  isUploaded_[index] = true;
+  items_[index]["is_uploaded"] = true;
   return sessionReply(200);
 }
 
 Reply FakeService::sessionReply(int status) const {
-  JSON items = JSON::array();
-  for (const bool isUploaded : isUploaded_) {
-    const std::string identifier = "item-" + std::to_string(items.size() + 1);
-    items.push_back({{"id", identifier}, {"is_uploaded", isUploaded}, {"fingerprint", ""}});
-  }
-  const JSON session{{"id", sessionIdentifier}, {"token", token}, {"url", link}, {"items", items}};
+  const JSON session{{"id", sessionIdentifier}, {"token", token}, {"url", link}, {"items", items_}};
   return Reply::json(session.dump(), status);
 }
 

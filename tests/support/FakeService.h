@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include "ScriptedServer.h"
 
 #include <map>
@@ -59,7 +61,7 @@ class FakeService {
   Reply sessionReply(int status) const;
 
   mutable std::mutex mutex_;
-  std::vector<bool> isUploaded_;  // the items in their order
+  nlohmann::ordered_json items_;  // as they are in the session's JSON
   std::map<Call, Hook> hooks_;
   std::vector<Arrival> arrivals_;
   ScriptedServer server_;
