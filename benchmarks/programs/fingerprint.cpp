@@ -1,5 +1,5 @@
-// bench-fingerprint FILE...: the library's fingerprints as a whole process, printed as sha256sum
-// prints its digests.
+// bench-fingerprint [--observe] FILE...: the library's fingerprints as a whole process, printed as
+// sha256sum prints its digests; with `--observe`, an observer is told of the activity meanwhile.
 
 #include <iostream>
 
@@ -9,8 +9,9 @@
 namespace quillbay::bench {
 namespace {
 
-void run(const std::vector<std::string>& paths) {
-  const auto fingerprints = fileFingerprints(paths);
+void run(std::vector<std::string> paths) {
+  const bool observes = std::erase(paths, "--observe") > 0;
+  const auto fingerprints = observes ? observedFileFingerprints(paths) : fileFingerprints(paths);
   std::string output;
   for (std::size_t i = 0; i < paths.size(); ++i) {
     output.append(fingerprints[i]).append("  ").append(paths[i]).append("\n");

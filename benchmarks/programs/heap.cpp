@@ -1,6 +1,7 @@
 // bench-heap ITEMS: heap bytes of the sessions that as many uploaders hold, of one session, and of
 // the whole queue of uploaders.
 
+#include <QuillbayCloud/Classes/ActivityMonitor.h>
 #include <QuillbayCloud/Classes/SessionItemUploadQueue.h>
 #include <QuillbayCloud/model/Session.h>
 #include <malloc.h>
@@ -39,6 +40,10 @@ void run(const std::vector<std::string>& arguments) {
   const std::string text = sessionText(itemCount);
   const auto files = fileURLs(itemCount);
   const auto webservice = cloud::Webservice::create(cloud::RequestFactory::create("bench"));
+  cloud::ActivityMonitor::Files announced;
+  for (std::size_t i = 0; i < itemCount; ++i) announced.push_back({i, files[i]});
+  const auto monitor = cloud::ActivityMonitor::create(itemCount);
+  const auto activity = monitor->beginRun(std::move(announced), {});
   decoded(text);  // what the reader keeps for later is no session's
 
   const std::size_t before = heapByteCount();
@@ -46,7 +51,8 @@ void run(const std::vector<std::string>& arguments) {
   const std::size_t one = heapByteCount() - before;
   const std::vector<cloud::Session> sessions(itemCount, session);
   const std::size_t all = heapByteCount() - before;
-  const auto queue = cloud::SessionItemUploadQueue::create(webservice, session, files, false);
+  const auto queue =
+      cloud::SessionItemUploadQueue::create(webservice, session, files, false, activity);
   const std::size_t queueByteCount = heapByteCount() - before - all;
   std::cout << all << ' ' << one << ' ' << queueByteCount << '\n';
 }

@@ -19,7 +19,7 @@ installs what is missing, builds the `release` preset, makes its data in a tempo
 a TLS server on loopback, measures, prints the table below and writes this page. It takes a few
 minutes, about 1.2 GiB of disk and 3 GiB of memory, and leaves nothing running.
 `scripts/bench --only WORD` prints the rows of one group (`fingerprint`, `upload`, `session`,
-`memory`) and leaves this page alone.
+`activity`, `memory`) and leaves this page alone.
 
 Every row compares two things in one run. They take turns, at least five times each after one
 unmeasured turn, and another one begins in every round. For times, *ratio* is the median of the

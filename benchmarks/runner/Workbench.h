@@ -45,5 +45,6 @@ std::vector<Row> fingerprintRows(const Workbench& bench);
 std::vector<Row> uploadRows(const Workbench& bench);
 std::vector<Row> sessionRows(const Workbench& bench);
 std::vector<Row> memoryRows(const Workbench& bench);
+std::vector<Row> activityRows(const Workbench& bench);
 
 }  // namespace quillbay::bench

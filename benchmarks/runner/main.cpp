@@ -35,7 +35,8 @@ std::vector<Row> measure(const Workbench& bench, const std::string& only) {
   // Memory first: what this program has used by then counts as its children's, too.
   for (const auto& [name, measureGroup] :
        {Group("memory", memoryRows), Group("fingerprint", fingerprintRows),
-        Group("upload", uploadRows), Group("session", sessionRows)}) {
+        Group("upload", uploadRows), Group("session", sessionRows),
+        Group("activity", activityRows)}) {
     if (!only.empty() && only != name) continue;
     known = true;
     std::cerr << "measuring: " << name << '\n';

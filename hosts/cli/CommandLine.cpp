@@ -1,11 +1,13 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <span>
 #include <string_view>
 #include <utility>
 
 #include "ExpirationArgument.h"
+#include "hosts/common/InstanceOption.h"
 #include "hosts/common/OptionTable.h"
 #include "hosts/common/PlainText.h"
 
@@ -16,10 +18,14 @@ constexpr std::string_view kUsage =
     "Shares files through Quillbay Cloud: prints a link, then uploads the files.\n"
     "\n"
     "Usage: quillbay share [options] FILE...\n"
-    "       quillbay delete [options] SESSION --token TOKEN | --token-file FILE\n"
+    "       quillbay list [options]\n"
+    "       quillbay resume [options] SHARE | --last\n"
+    "       quillbay delete [options] SHARE | --last\n"
+    "       quillbay forget SHARE | --expired\n"
     "       quillbay help [COMMAND] | --help | --version\n"
     "\n"
-    "'quillbay share --help' and 'quillbay delete --help' list the options.\n";
+    "SHARE is the link, or the session's identifier. 'quillbay help COMMAND' lists\n"
+    "the options of a command.\n";
 
 constexpr std::string_view kShareUsage =
     "Shares files: prints a link, then uploads them.\n"
@@ -38,28 +44,66 @@ constexpr std::string_view kShareHelp =
     "from a pipe: quillbay share FILE | while read -r link; do ...; done\n"
     "On a terminal, standard error shows how far the upload is.\n"
     "\n"
+    "--zip makes its ZIP files in TMPDIR and removes them at the end; a share with them\n"
+    "cannot be continued later. Links and devices in a folder are left out.\n"
+    "\n"
+    "When the network fails, the upload goes on under the same link: up to 5 tries\n"
+    "in a row, after 1, 2, 4, 8 and 16 seconds.\n"
+    "\n"
     "Ctrl-C cancels and deletes the session; a second one ends at once. A share that\n"
-    "fails deletes its session too. --keep leaves it in both cases. To delete a\n"
-    "session later, keep \"id\" and \"token\" of the first line of --json, or the\n"
-    "command that --verbose prints at the end.\n";
+    "fails deletes its session too, unless standard error is a terminal: then it can\n"
+    "be continued with 'quillbay resume'. --keep leaves it in all cases.\n"
+    "\n"
+    "'quillbay list' shows the shares, and 'quillbay delete' takes one back. To do\n"
+    "that with --no-history, keep \"id\" and \"token\" of the first line of --json.\n";
+
+constexpr std::string_view kResumeUsage =
+    "Continues a share under its link: uploads the files that have not arrived.\n"
+    "\n"
+    "Usage: quillbay resume [options] SHARE | --last\n"
+    "\n"
+    "Options:\n";
+
+constexpr std::string_view kResumeHelp =
+    "\n"
+    "SHARE is the link of an unfinished share, or its session. The files must be\n"
+    "where they were, with the same content. Neither Ctrl-C nor a failure deletes\n"
+    "the share.\n";
+
+constexpr std::string_view kListUsage =
+    "Lists the shares of this user, the newest first.\n"
+    "\n"
+    "Usage: quillbay list [options]\n"
+    "\n"
+    "Options:\n";
+
+constexpr std::string_view kForgetUsage =
+    "Removes shares from the history. Their links go on working, but can neither be\n"
+    "continued nor deleted without their tokens.\n"
+    "\n"
+    "Usage: quillbay forget SHARE | --expired\n"
+    "\n"
+    "Options:\n";
 
 constexpr std::string_view kDeleteUsage =
-    "Deletes a session that 'quillbay share' created: its link stops working.\n"
+    "Deletes a share: its link stops working.\n"
     "\n"
-    "Usage: quillbay delete [options] SESSION --token TOKEN | --token-file FILE\n"
+    "Usage: quillbay delete [options] SHARE | --last\n"
+    "       quillbay delete [options] SESSION --token TOKEN | --token-file FILE\n"
     "\n"
     "Options:\n";
 
 constexpr std::string_view kDeleteHelp =
     "\n"
-    "SESSION and TOKEN are \"id\" and \"token\" of the line {\"event\":\"session\",...}\n"
-    "that 'quillbay share --json' prints. Other users of this computer can see a\n"
-    "token on the command line; in a file they cannot.\n";
+    "SHARE is the link of a share that 'quillbay list' shows, or its session. For\n"
+    "any other, SESSION and TOKEN are \"id\" and \"token\" of the line\n"
+    "{\"event\":\"session\",...} that 'quillbay share --json' prints. Other users of\n"
+    "this computer can see a token on the command line; in a file they cannot.\n";
 
 constexpr std::string_view kExitStatusHelp =
     "\n"
     "Exit status:\n"
-    "  0    shared, or deleted\n"
+    "  0    the command has done what was asked\n"
     "  1    the run failed\n"
     "  2    the command line cannot be carried out as written; nothing was sent\n"
     "  130  cancelled by Ctrl-C, SIGTERM or SIGHUP\n";
@@ -67,8 +111,7 @@ constexpr std::string_view kExitStatusHelp =
 constexpr std::string_view kEnvironmentHelp =
     "\n"
     "Environment:\n"
-    "  QUILLBAY_CONNECT_TO  default of --connect-to; commas or blanks separate routes\n"
-    "  QUILLBAY_CACERT      default of --cacert\n"
+    "  XDG_STATE_HOME       folder of the history (default ~/.local/state)\n"
     "  https_proxy, all_proxy, no_proxy\n"
     "                       the proxy to use, and hosts to reach without it\n"
     "  NO_COLOR             if not empty, no colours\n";
@@ -76,7 +119,7 @@ constexpr std::string_view kEnvironmentHelp =
 /// The options as they are written, before they are checked.
 struct RawCommon {
   bool help = false;
-  std::optional<std::string> instanceIdentifier;
+  host::InstanceOption instance;
   bool json = false;
   bool quiet = false;
   bool verbose = false;
@@ -86,35 +129,74 @@ struct RawCommon {
 struct RawShare {
   RawCommon common;
   ShareOptions options;
+  bool isNullSeparated = false;
   std::optional<std::string> expires;
   std::optional<std::string> link;
+  std::optional<std::string> retries;
+};
+
+struct RawResume {
+  RawCommon common;
+  LinkDisplayOptions linkDisplay;
+  bool last = false;
+  std::optional<std::string> retries;
 };
 
 struct RawDelete {
   RawCommon common;
   DeleteOptions options;
+  bool last = false;
+};
+
+struct RawList {
+  RawCommon common;
+  ListOptions options;
+};
+
+struct RawForget {
+  RawCommon common;
+  bool expired = false;
 };
 
 using Failure = std::unexpected<std::string>;
 
+void addInstance(host::OptionTable& table, RawCommon& common) {
+  common.instance.addTo(table, kDefaultInstance);
+}
+
+void addRetry(host::OptionTable& table, std::optional<std::string>& retries) {
+  table.addText("--retry", "N",
+                "how often in a row to try again when the network\n"
+                "fails, 0 to 99 (default 5)",
+                retries);
+}
+
+void addLinkDisplay(host::OptionTable& table, LinkDisplayOptions& display) {
+  table.addFlag("--copy", "copy the link to the clipboard of the terminal", display.copy);
+  table.addFlag("--qr", "show the link as a QR code on the terminal", display.qrCode);
+}
+
+void addHelp(host::OptionTable& table, RawCommon& common) {
+  table.addEnding("-h, --help", "print this help", common.help);
+}
+
 void addCommonOptions(host::OptionTable& table, RawCommon& common) {
-  table.addText("--instance", "ID",
-                "name of this installation for the service\n(default quillbay-cli)",
-                common.instanceIdentifier);
   table.addFlag("--json", "print events, one JSON object a line, in place of\nthe link",
                 common.json);
-  table.addFlag("--quiet", "print nothing but errors on standard error", common.quiet, "verbosity");
-  table.addFlag("--verbose", "print each step on standard error", common.verbose, "verbosity");
+  table.addFlag("-q, --quiet", "print nothing but errors on standard error", common.quiet,
+                "verbosity");
+  table.addFlag("-v, --verbose", "print each step on standard error", common.verbose, "verbosity");
   common.network.addTo(table);
-  table.addEnding("-h, --help", "print this help", common.help);
+  addHelp(table, common);
 }
 
 host::OptionTable tableOf(RawShare& share) {
   host::OptionTable table;
   ShareOptions& options = share.options;
-  table.addText("--title", "TEXT", "title of the page that the link opens", options.title);
-  table.addText("--expires", "WHEN", "when the link stops working (default never)", share.expires);
-  table.addText("--link", "page|download|direct",
+  table.addText("-t, --title", "TEXT", "title of the page that the link opens", options.title);
+  table.addText("-e, --expires", "WHEN", "when the link stops working (default never)",
+                share.expires);
+  table.addText("-l, --link", "page|download|direct",
                 "where the link leads: to a page, to a download, or to\n"
                 "the content itself (default page)",
                 share.link);
@@ -125,18 +207,53 @@ host::OptionTable tableOf(RawShare& share) {
                 options.passwordFile, "password");
   table.addFlag("--ask-password", "ask for that password on the terminal", options.askPassword,
                 "password");
+  table.addText("--files-from", "FILE",
+                "share the files that FILE names, one a line, too\n('-' is standard input)",
+                options.filesFrom);
+  table.addFlag("-0, --null", "in that list, a NUL byte ends each name", share.isNullSeparated);
+  table.addFlag("--zip", "pack each folder into a ZIP file and share that", options.zip);
+  addLinkDisplay(table, options.linkDisplay);
   table.addFlag("--keep", "leave the session when the run is cancelled or fails", options.keep);
+  addRetry(table, share.retries);
+  table.addFlag("--no-history", "do not remember the share", options.noHistory);
+  addInstance(table, share.common);
   addCommonOptions(table, share.common);
+  return table;
+}
+
+host::OptionTable tableOf(RawResume& resumption) {
+  host::OptionTable table;
+  table.addFlag("--last", "the newest unfinished share", resumption.last);
+  addRetry(table, resumption.retries);
+  addLinkDisplay(table, resumption.linkDisplay);
+  addCommonOptions(table, resumption.common);
+  return table;
+}
+
+host::OptionTable tableOf(RawList& list) {
+  host::OptionTable table;
+  table.addFlag("--all", "deleted and expired shares, too", list.options.all);
+  table.addFlag("--json", "print one JSON object a line for each share", list.common.json);
+  addHelp(table, list.common);
+  return table;
+}
+
+host::OptionTable tableOf(RawForget& removal) {
+  host::OptionTable table;
+  table.addFlag("--expired", "all shares that have expired or were deleted", removal.expired);
+  addHelp(table, removal.common);
   return table;
 }
 
 host::OptionTable tableOf(RawDelete& deletion) {
   host::OptionTable table;
   DeleteOptions& options = deletion.options;
+  table.addFlag("--last", "the newest share", deletion.last, "token");
   table.addText("--token", "TOKEN", "the session's token", options.token, "token");
   table.addText("--token-file", "FILE",
                 "the token is the first line of FILE ('-' is standard\ninput)", options.tokenFile,
                 "token");
+  addInstance(table, deletion.common);
   addCommonOptions(table, deletion.common);
   return table;
 }
@@ -155,23 +272,53 @@ std::optional<std::string> problemOf(const std::string& text, const char* name) 
 std::expected<CommonOptions, std::string> checked(const RawCommon& raw,
                                                   const host::Environment& environment) {
   CommonOptions common;
-  common.instanceIdentifier = raw.instanceIdentifier.value_or(std::string(kDefaultInstance));
+  auto instance = raw.instance.checked();
+  if (!instance) return Failure(instance.error());
+  common.instanceIdentifier = std::move(*instance);
   common.json = raw.json;
   common.verbosity = verbosityOf(raw);
-  if (common.instanceIdentifier.empty()) return Failure("--instance is empty");
-  if (auto problem = problemOf(common.instanceIdentifier, "--instance")) return Failure(*problem);
   auto network = raw.network.checked(environment);
   if (!network) return Failure(network.error());
   common.network = std::move(*network);
   return common;
 }
 
+std::expected<int, std::string> checkedRetryCount(const std::optional<std::string>& text) {
+  if (!text) return kDefaultRetryCount;
+  const bool isNumber = std::ranges::all_of(*text, [](char c) { return c >= '0' && c <= '9'; });
+  if (!isNumber || text->empty() || text->size() > 2) {
+    return Failure("--retry: " + host::inQuotes(*text) + " is no number from 0 to 99");
+  }
+  return std::stoi(*text);
+}
+
+/// The one share that a command is about; absent if `otherFlag` stands for it.
+std::expected<std::optional<std::string>, std::string> checkedShare(
+    const std::vector<std::string>& operands, bool hasOtherFlag, const std::string& otherFlag) {
+  if (operands.empty() && hasOtherFlag) return std::nullopt;
+  if (operands.empty()) return Failure("which share? give its link or session, or " + otherFlag);
+  if (hasOtherFlag) {
+    return Failure(host::inQuotes(operands.front()) + " and " + otherFlag + " exclude each other");
+  }
+  if (operands.size() > 1) {
+    return Failure("one share at a time; " + host::inQuotes(operands[1]) + " is one too many");
+  }
+  if (operands.front().empty()) return Failure("SHARE is empty");
+  if (auto problem = problemOf(operands.front(), "SHARE")) return Failure(*problem);
+  return operands.front();
+}
+
 std::expected<Command, std::string> checked(RawShare& raw, std::vector<std::string> operands,
                                             const host::Environment& environment,
                                             platform::Date now) {
   ShareOptions options = std::move(raw.options);
-  if (operands.empty()) return Failure("which files? name at least one");
+  if (operands.empty() && !options.filesFrom) return Failure("which files? name at least one");
   options.files = std::move(operands);
+  if (raw.isNullSeparated && !options.filesFrom) return Failure("--null needs --files-from");
+  if (raw.isNullSeparated) options.separator = PathSeparator::null;
+  if (options.filesFrom == "-" && options.passwordFile == "-") {
+    return Failure("--files-from and --password-file cannot both read standard input");
+  }
 
   auto common = checked(raw.common, environment);
   if (!common) return Failure(common.error());
@@ -179,6 +326,10 @@ std::expected<Command, std::string> checked(RawShare& raw, std::vector<std::stri
   if (options.title) {
     if (auto problem = problemOf(*options.title, "--title")) return Failure(*problem);
   }
+
+  const auto retryCount = checkedRetryCount(raw.retries);
+  if (!retryCount) return Failure(retryCount.error());
+  options.retryCount = *retryCount;
 
   const std::string link = raw.link.value_or("page");
   const auto linkType = cloud::SessionLinkType::fromRawValue(link);
@@ -201,26 +352,40 @@ std::expected<Command, std::string> checked(RawDelete& raw,
                                             const std::vector<std::string>& operands,
                                             const host::Environment& environment) {
   DeleteOptions options = std::move(raw.options);
-  if (operands.empty()) return Failure("which session? give its identifier");
-  if (operands.size() > 1) {
-    return Failure("one session at a time; " + host::inQuotes(operands[1]) + " is one too many");
-  }
-  options.sessionIdentifier = operands.front();
-  const std::string& identifier = options.sessionIdentifier;
-  if (identifier.empty()) return Failure("SESSION is empty");
-  if (auto problem = problemOf(identifier, "SESSION")) return Failure(*problem);
-  if (identifier.find("://") != std::string::npos) {
-    return Failure(host::inQuotes(identifier) +
-                   " is a link; SESSION is the \"id\" that 'quillbay share --json' prints");
-  }
-  if (!options.token && !options.tokenFile) {
-    return Failure("the session's token is needed: --token or --token-file");
-  }
-
+  auto share = checkedShare(operands, raw.last, "--last");
+  if (!share) return Failure(share.error());
+  options.share = std::move(*share);
   auto common = checked(raw.common, environment);
   if (!common) return Failure(common.error());
   options.common = std::move(*common);
   return options;
+}
+
+std::expected<Command, std::string> checked(RawResume& raw,
+                                            const std::vector<std::string>& operands,
+                                            const host::Environment& environment) {
+  auto share = checkedShare(operands, raw.last, "--last");
+  if (!share) return Failure(share.error());
+  const auto retryCount = checkedRetryCount(raw.retries);
+  if (!retryCount) return Failure(retryCount.error());
+  auto common = checked(raw.common, environment);
+  if (!common) return Failure(common.error());
+  return ResumeOptions{std::move(*common), std::move(*share), *retryCount, raw.linkDisplay};
+}
+
+std::expected<Command, std::string> checked(RawList& raw, const std::vector<std::string>& operands,
+                                            const host::Environment& /*environment*/) {
+  if (!operands.empty()) return Failure("list takes no names");
+  raw.options.common.json = raw.common.json;
+  return raw.options;
+}
+
+std::expected<Command, std::string> checked(RawForget& raw,
+                                            const std::vector<std::string>& operands,
+                                            const host::Environment& /*environment*/) {
+  auto share = checkedShare(operands, raw.expired, "--expired");
+  if (!share) return Failure(share.error());
+  return ForgetOptions{.common = {}, .share = std::move(*share)};
 }
 
 using Result = std::expected<Command, CommandLineEnd>;
@@ -248,20 +413,92 @@ Result parseShare(std::span<const std::string> arguments, const host::Environmen
   auto operands = table.read(arguments);
   if (!operands) return refused(operands.error(), "quillbay share");
   if (raw.common.help) {
-    return printed({kShareUsage, table.help(), kShareHelp, kExitStatusHelp, kEnvironmentHelp});
+    return printed({kShareUsage, table.help(), kShareHelp, kExitStatusHelp, kEnvironmentHelp,
+                    host::RawNetworkOptions::kEnvironmentHelp});
   }
   return refusedOr(checked(raw, std::move(*operands), environment, now), "quillbay share");
 }
 
-Result parseDelete(std::span<const std::string> arguments, const host::Environment& environment) {
-  RawDelete raw;
+/// A command other than `share`. `usage` and `help` stand before and after its options.
+template <class Raw>
+Result parseCommand(const std::string& name, std::string_view usage, std::string_view help,
+                    std::span<const std::string> arguments, const host::Environment& environment) {
+  Raw raw;
   const host::OptionTable table = tableOf(raw);
   auto operands = table.read(arguments);
-  if (!operands) return refused(operands.error(), "quillbay delete");
+  if (!operands) return refused(operands.error(), name);
   if (raw.common.help) {
-    return printed({kDeleteUsage, table.help(), kDeleteHelp, kExitStatusHelp, kEnvironmentHelp});
+    return printed({usage, table.help(), help, kExitStatusHelp, kEnvironmentHelp,
+                    host::RawNetworkOptions::kEnvironmentHelp});
   }
-  return refusedOr(checked(raw, *operands, environment), "quillbay delete");
+  return refusedOr(checked(raw, *operands, environment), name);
+}
+
+/// Absent if there is no command of this name.
+std::optional<Result> parseNamed(const std::string& name, std::span<const std::string> arguments,
+                                 const host::Environment& environment, platform::Date now) {
+  const std::string fullName = "quillbay " + name;
+  if (name == "share") return parseShare(arguments, environment, now);
+  if (name == "resume") {
+    return parseCommand<RawResume>(fullName, kResumeUsage, kResumeHelp, arguments, environment);
+  }
+  if (name == "delete") {
+    return parseCommand<RawDelete>(fullName, kDeleteUsage, kDeleteHelp, arguments, environment);
+  }
+  if (name == "list") {
+    return parseCommand<RawList>(fullName, kListUsage, "", arguments, environment);
+  }
+  if (name == "forget") {
+    return parseCommand<RawForget>(fullName, kForgetUsage, "", arguments, environment);
+  }
+  return std::nullopt;
+}
+
+void offerCommands(Completion& completion, const std::string& typed) {
+  const Completion::Candidate commands[] = {{"share", "share files"},
+                                            {"list", "list the shares"},
+                                            {"resume", "continue a share"},
+                                            {"delete", "delete a share"},
+                                            {"forget", "remove shares from the history"}};
+  for (const Completion::Candidate& command : commands) completion.offer(command, typed);
+}
+
+/// `operand` is what is offered in the place of an operand.
+template <class Raw>
+Completion completeCommand(std::span<const std::string> words, Completion operand) {
+  Raw raw;
+  return completeOption(tableOf(raw), words).value_or(std::move(operand));
+}
+
+/// What the last of `words`, the arguments after the program's name, can be.
+Completion completionOf(std::span<const std::string> words) {
+  using Shares = Completion::Shares;
+  Completion completion;
+  const std::string& typed = words.back();
+  const std::string& name = words.front();
+  if (words.size() == 1) {
+    offerCommands(completion, typed);
+    completion.offer({"help", "explain a command"}, typed);
+    completion.offer({"--help", "print help"}, typed);
+    completion.offer({"--version", "print the version"}, typed);
+    return completion;
+  }
+  const auto rest = words.subspan(1);
+  if (name == "share") return completeCommand<RawShare>(rest, {.takesFiles = true});
+  if (name == "list") return completeCommand<RawList>(rest, {});
+  if (name == "resume") return completeCommand<RawResume>(rest, {.shares = Shares::unfinished});
+  if (name == "delete") return completeCommand<RawDelete>(rest, {.shares = Shares::undeleted});
+  if (name == "forget") return completeCommand<RawForget>(rest, {.shares = Shares::all});
+  if (name == "help" && rest.size() == 1) offerCommands(completion, typed);
+  return completion;
+}
+
+/// `quillbay complete -- WORD...` is for the completion scripts alone, and in no help.
+Result parseComplete(std::span<const std::string> arguments) {
+  std::vector<std::string> words(arguments.begin(), arguments.end());
+  if (!words.empty() && words.front() == "--") words.erase(words.begin());
+  if (words.empty()) words.emplace_back();
+  return CompleteOptions{.common = {}, .completion = completionOf(words), .typed = words.back()};
 }
 
 /// `quillbay help [COMMAND]`.
@@ -269,8 +506,7 @@ Result help(std::span<const std::string> commands) {
   if (commands.empty()) return printed({kUsage, kExitStatusHelp});
   if (commands.size() > 1) return refused("one command at a time", "quillbay");
   const std::vector<std::string> arguments{"--help"};
-  if (commands.front() == "share") return parseShare(arguments, {}, {});
-  if (commands.front() == "delete") return parseDelete(arguments, {});
+  if (auto result = parseNamed(commands.front(), arguments, {}, {})) return std::move(*result);
   return refused("unknown command " + host::inQuotes(commands.front()), "quillbay");
 }
 
@@ -278,13 +514,16 @@ Result help(std::span<const std::string> commands) {
 
 Result parseCommandLine(std::span<const std::string> arguments,
                         const host::Environment& environment, platform::Date now) {
-  if (arguments.empty()) return refused("which command? share or delete", "quillbay");
+  if (arguments.empty())
+    return refused("which command? share, list, resume, delete or forget", "quillbay");
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h") return help({});
   if (first == "help") return help(arguments.subspan(1));
   if (first == "--version" || first == "-V") return printed({"quillbay " QUILLBAY_VERSION "\n"});
-  if (first == "share") return parseShare(arguments.subspan(1), environment, now);
-  if (first == "delete") return parseDelete(arguments.subspan(1), environment);
+  if (first == "complete") return parseComplete(arguments.subspan(1));
+  if (auto result = parseNamed(first, arguments.subspan(1), environment, now)) {
+    return std::move(*result);
+  }
   const char* kind = first.starts_with('-') ? "unknown option " : "unknown command ";
   return refused(kind + host::inQuotes(first), "quillbay");
 }

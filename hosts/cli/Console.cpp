@@ -1,6 +1,5 @@
 #include "Console.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -11,7 +10,7 @@
 namespace quillbay::cli {
 namespace {
 
-constexpr std::size_t kUsualColumnCount = 80;
+constexpr std::size_t kUsualColumnCount = 79;
 constexpr std::string_view kEraseStatus = "\r\x1b[J";
 
 }  // namespace
@@ -23,10 +22,7 @@ bool Console::canShowStatus(int descriptor) {
 }
 
 std::size_t Console::columnCount() const {
-  winsize size{};
-  const bool isKnown = ::ioctl(descriptor_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  // The last column stays free: a terminal that has filled it may have moved to the next line.
-  return (isKnown ? size.ws_col : kUsualColumnCount) - 1;
+  return terminalColumnCount(descriptor_).value_or(kUsualColumnCount);
 }
 
 void Console::printError(std::string_view text) { printLine("quillbay: " + std::string(text)); }
@@ -41,6 +37,11 @@ void Console::printLine(std::string_view text) {
   const std::string erasure(status.empty() ? "" : kEraseStatus);
   write(erasure + std::string(text) + "\n" + status + (status.empty() ? "" : "\r"));
   status_ = status;
+}
+
+void Console::sendSequence(std::string_view sequence) {
+  const std::lock_guard lock(mutex_);
+  write(sequence);
 }
 
 void Console::setStatus(std::string text) {

@@ -32,6 +32,9 @@ class Console {
   /// A line as it is.
   void printLine(std::string_view text);
 
+  /// A control sequence that shows nothing and leaves the cursor where it is.
+  void sendSequence(std::string_view sequence);
+
   /// Shows `text` (one line, which may hold colours) in place of the status before it. Left out
   /// while the terminal is stopped, so that the upload goes on.
   void setStatus(std::string text);

@@ -6,12 +6,17 @@
 #include "Console.h"
 #include "ErrorMessage.h"
 #include "ResultOutput.h"
+#include "hosts/common/History.h"
 #include "hosts/common/PlainText.h"
 
 namespace quillbay::cli {
 
-DeleteRun::DeleteRun(Options options, ResultOutput& output, Console& console)
-    : options_(std::move(options)), output_(output), console_(console), start_(Clock::now()) {}
+DeleteRun::DeleteRun(Options options, Surroundings surroundings)
+    : options_(std::move(options)),
+      output_(surroundings.output),
+      console_(surroundings.console),
+      history_(surroundings.history),
+      start_(Clock::now()) {}
 
 void DeleteRun::start() {
   cloud::SessionController::deleteSession(options_.sessionIdentifier, options_.instanceIdentifier,
@@ -37,13 +42,18 @@ void DeleteRun::completed(const std::expected<void, cloud::QuillbayCloudError>& 
   if (status_) return;
   console_.clearStatus();
   if (!result) {
-    const host::FailureContext context{.step = host::RunJournal::Step::deletingSession,
+    const host::FailureContext context{.step = host::ShareStep::deletingSession,
                                        .subject = host::inQuotes(options_.sessionIdentifier),
                                        .network = options_.network};
-    printFailure(console_, result.error(), context);
-    output_.failed(FailureReport::of(result.error()));
+    const auto advice =
+        host::FailureAdvice::of(result.error(), context, host::FailureAudience::terminal);
+    printFailure(console_, advice);
+    output_.failed(FailureReport::of(result.error(), advice));
     status_ = ExitStatus::failure;
     return;
+  }
+  if (options_.historyIdentifier != 0) {
+    history_.setState(options_.historyIdentifier, host::RememberedShare::State::deleted);
   }
   output_.deleted();
   status_ = output_.writeError() == 0 ? ExitStatus::success : ExitStatus::failure;

@@ -3,12 +3,17 @@
 #include <QuillbayCloud/Classes/SessionController.h>
 
 #include <chrono>
+#include <cstdint>
 #include <expected>
 #include <optional>
 #include <string>
 
 #include "ExitStatus.h"
 #include "hosts/common/NetworkOptions.h"
+
+namespace quillbay::host {
+class History;
+}
 
 namespace quillbay::cli {
 
@@ -26,10 +31,18 @@ class DeleteRun {
     std::string instanceIdentifier;
     std::string token;
     host::NetworkOptions network;
+    /// In the history; 0 if it is not remembered.
+    std::int64_t historyIdentifier = 0;
   };
 
-  /// `output` and `console` outlive the run.
-  DeleteRun(Options options, ResultOutput& output, Console& console);
+  /// What the run works with. All of it outlives the run.
+  struct Surroundings {
+    ResultOutput& output;
+    Console& console;
+    host::History& history;
+  };
+
+  DeleteRun(Options options, Surroundings surroundings);
   DeleteRun(const DeleteRun&) = delete;
   DeleteRun& operator=(const DeleteRun&) = delete;
 
@@ -44,6 +57,7 @@ class DeleteRun {
   const Options options_;
   ResultOutput& output_;
   Console& console_;
+  host::History& history_;
   Clock::time_point start_;
   std::optional<ExitStatus> status_;
 };

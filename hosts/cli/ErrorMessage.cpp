@@ -1,5 +1,6 @@
 #include "ErrorMessage.h"
 
+#include <cstring>
 #include <string_view>
 
 #include "CommandLine.h"
@@ -21,12 +22,21 @@ std::string shellWord(std::string_view text) {
 
 }  // namespace
 
-void printFailure(Console& console, const cloud::QuillbayCloudError& error,
-                  const host::FailureContext& context) {
-  const auto advice = host::FailureAdvice::of(error, context, host::FailureAudience::terminal);
-  const std::string detail = advice.detail.empty() ? "" : " (" + advice.detail + ")";
-  console.printError(advice.whatFailed + detail);
+std::string failureText(const host::FailureAdvice& advice) {
+  return advice.whatFailed + (advice.detail.empty() ? "" : " (" + advice.detail + ")");
+}
+
+void printFailure(Console& console, const host::FailureAdvice& advice) {
+  console.printError(failureText(advice));
   console.printError(advice.whatToDo);
+}
+
+void printOutputError(Console& console, int errorNumber) {
+  console.printError(std::string("cannot write to standard output: ") + std::strerror(errorNumber));
+}
+
+std::string historyCommand(std::string_view verb, const cloud::Session& session) {
+  return "quillbay " + std::string(verb) + " " + shellWord(session.url().absoluteString());
 }
 
 std::string deletionCommand(const cloud::Session& session, const std::string& instanceIdentifier) {

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "ErrorMessage.h"
+
 namespace quillbay::cli {
 namespace {
 
@@ -34,8 +36,11 @@ struct CaseReader {
 
 }  // namespace
 
-FailureReport FailureReport::of(const QuillbayCloudError& error) {
+FailureReport FailureReport::of(const QuillbayCloudError& error,
+                                const host::FailureAdvice& advice) {
   FailureReport report = std::visit(CaseReader(), error.value());
+  report.cause = host::nameOf(advice.cause);
+  report.detail = failureText(advice);
   report.description = error.errorDescription();
   return report;
 }

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+
+#include "hosts/common/FailureAdvice.h"
 
 namespace quillbay::cli {
 
@@ -27,8 +30,15 @@ struct FailureReport {
   std::optional<std::string> code = {};
   /// Of `webservice`.
   std::optional<std::int64_t> status = {};
+  /// As `host::nameOf`.
+  std::string_view cause = {};
+  /// What failed and why, in English, as people read it on the terminal.
+  std::string detail = {};
+  /// Path of the file that it is about.
+  std::optional<std::string> file = {};
 
-  static FailureReport of(const cloud::QuillbayCloudError& error);
+  static FailureReport of(const cloud::QuillbayCloudError& error,
+                          const host::FailureAdvice& advice);
 
   /// The name of the case in the library.
   const char* caseName() const;

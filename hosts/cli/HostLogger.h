@@ -5,22 +5,17 @@
 #include <any>
 #include <string_view>
 
-namespace quillbay::host {
-class RunJournal;
-}
-
 namespace quillbay::cli {
 
 class Console;
 
-/// The library's logger: keeps the journal, and with --verbose prints every message. Called on any
-/// thread.
+/// The library's logger for --verbose: prints every message. Called on any thread.
 class HostLogger {
  public:
   HostLogger() = delete;
 
-  /// Both must live as long as the library's threads; `console` is null without --verbose.
-  static void install(host::RunJournal& journal, Console* console);
+  /// `console` must live as long as the library's threads.
+  static void install(Console& console);
 
   static void debug(const cloud::Configuration::LogMessage& message, std::string_view file,
                     std::string_view function, int line, const std::any& context);
@@ -28,7 +23,6 @@ class HostLogger {
                     std::string_view function, int line, const std::any& context);
 
  private:
-  static host::RunJournal* journal_;
   static Console* console_;
 };
 

@@ -18,8 +18,11 @@ class PlainOutput final : public ResultOutput {
     write(session.url().absoluteString() + "\n");
   }
   void doomedSessionCreated(const cloud::Session& /*session*/) override {}
-  void progressed(double /*fraction*/) override {}
-  void done() override {}
+  void progressed(const Progress& /*progress*/) override {}
+  void retrying(std::chrono::seconds /*wait*/, int /*attempt*/,
+                std::string_view /*cause*/) override {}
+  void cancelled() override {}
+  void done(std::uint64_t /*totalByteCount*/) override {}
   void deleted() override {}
   void failed(const FailureReport& /*report*/) override {}
 };
@@ -43,17 +46,32 @@ class JSONOutput final : public ResultOutput {
   // The reader of the stream may have to delete the session, should our deletion get no answer.
   void doomedSessionCreated(const cloud::Session& session) override { sessionCreated(session); }
 
-  void progressed(double fraction) override {
+  void progressed(const Progress& progress) override {
     // All bytes may be sent while the last file is still to be confirmed: 1 belongs to done().
-    const double shown = std::floor(fraction * kProgressSteps) / kProgressSteps;
+    const double shown = std::floor(progress.fraction * kProgressSteps) / kProgressSteps;
+    const bool isNewPlace = progress.step != step_ || progress.file != file_;
+    const bool isFurther = shown > fraction_ || (shown == fraction_ && isNewPlace);
     // The next one says it as well: a slow reader must not hold the upload up.
-    if (shown <= fraction_ || shown >= 1 || !canWriteNow(descriptor())) return;
+    if (!isFurther || shown >= 1 || !canWriteNow(descriptor())) return;
     fraction_ = shown;
-    write(progressEvent(shown));
+    step_ = progress.step;
+    file_ = progress.file;
+    write(progressEvent(shown, progress));
   }
 
-  void done() override {
-    write(progressEvent(1));
+  void retrying(std::chrono::seconds wait, int attempt, std::string_view cause) override {
+    Object event = eventNamed("retry");
+    event["in"] = wait.count();
+    event["attempt"] = attempt;
+    event["cause"] = cause;
+    write(event);
+  }
+
+  void cancelled() override { write(eventNamed("cancelled")); }
+
+  void done(std::uint64_t totalByteCount) override {
+    write(progressEvent(
+        1, {.step = "finished", .byteCount = totalByteCount, .totalByteCount = totalByteCount}));
     write(eventNamed("done"));
   }
 
@@ -65,6 +83,9 @@ class JSONOutput final : public ResultOutput {
     if (report.description) event["description"] = *report.description;
     if (report.code) event["code"] = *report.code;
     if (report.status) event["status"] = *report.status;
+    event["cause"] = report.cause;
+    if (report.file) event["file"] = *report.file;
+    event["detail"] = report.detail;
     write(event);
   }
 
@@ -79,9 +100,13 @@ class JSONOutput final : public ResultOutput {
     return event;
   }
 
-  static Object progressEvent(double fraction) {
+  static Object progressEvent(double fraction, const Progress& progress) {
     Object event = eventNamed("progress");
     event["fraction"] = fraction;
+    event["step"] = progress.step;
+    if (progress.file) event["file"] = *progress.file;
+    event["bytes"] = progress.byteCount;
+    event["total"] = progress.totalByteCount;
     return event;
   }
 
@@ -92,6 +117,8 @@ class JSONOutput final : public ResultOutput {
   }
 
   double fraction_ = 0;
+  std::string step_;
+  std::optional<std::string> file_;
 };
 
 }  // namespace

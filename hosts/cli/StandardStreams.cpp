@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,6 +32,13 @@ int writeAll(int descriptor, std::string_view bytes) {
     }
   }
   return 0;
+}
+
+std::optional<std::size_t> terminalColumnCount(int descriptor) {
+  winsize size{};
+  const bool isKnown = ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  // The last column stays free: a terminal that has filled it may have moved to the next line.
+  return isKnown ? std::optional<std::size_t>(size.ws_col - 1) : std::nullopt;
 }
 
 bool canWriteNow(int descriptor) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace quillbay::cli {
@@ -11,6 +13,9 @@ void occupyStandardStreams();
 
 /// Writes all of `bytes`, whatever the pieces; 0, or the error number of the write that failed.
 int writeAll(int descriptor, std::string_view bytes);
+
+/// Columns of a terminal that may be filled; absent for what is none or does not tell.
+std::optional<std::size_t> terminalColumnCount(int descriptor);
 
 /// Whether a write of a line would go through at once.
 bool canWriteNow(int descriptor);

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
@@ -11,25 +10,22 @@
 
 #include "CommandLine.h"
 #include "Console.h"
+#include "ErrorMessage.h"
 #include "Interruption.h"
 #include "Program.h"
 #include "StandardStreams.h"
+#include "hosts/common/PrivateFolder.h"
 
 namespace {
 
 using namespace quillbay::cli;
 
-std::optional<std::string> environmentVariable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
-
 ExitStatus print(const CommandLineEnd& end) {
   const int descriptor = end.status == ExitStatus::success ? STDOUT_FILENO : STDERR_FILENO;
   const int error = writeAll(descriptor, end.text);
   if (error == 0 || end.status != ExitStatus::success) return end.status;
-  Console(STDERR_FILENO, false)
-      .printError(std::string("cannot write to standard output: ") + std::strerror(error));
+  Console console(STDERR_FILENO, false);
+  printOutputError(console, error);
   return ExitStatus::failure;
 }
 
@@ -46,19 +42,27 @@ const CommonOptions& commonOptionsOf(const Command& command) {
 }
 
 ExitStatus runProgram(const std::vector<std::string>& arguments) {
-  const auto command = parseCommandLine(arguments, environmentVariable,
+  const auto environment = quillbay::host::processEnvironment();
+  const auto command = parseCommandLine(arguments, environment,
                                         quillbay::platform::Date(std::chrono::system_clock::now()));
   if (!command) return print(command.error());
 
   // The library's threads may still log while the process ends: the console outlives them.
   static Console console(STDERR_FILENO, wantsStatus(commonOptionsOf(*command)));
+  quillbay::host::PrivateFolder temporaryFiles;
   ExitStatus status = ExitStatus::failure;
   try {
-    Interruption interruption([] { console.abandonStatus(); });
-    Program program(interruption, console);
+    Interruption interruption([&] {
+      console.abandonStatus();
+      temporaryFiles.remove();
+    });
+    Program program(interruption, console, environment, temporaryFiles);
     status = std::visit([&](const auto& options) { return program.run(options); }, *command);
     // At once: a file may still be hashed and an upload be stalled, whose results are of no use.
-    if (status == ExitStatus::cancelled) ::_exit(rawValue(status));
+    if (status == ExitStatus::cancelled) {
+      temporaryFiles.remove();
+      ::_exit(rawValue(status));
+    }
   } catch (const std::exception& error) {
     console.printError(error.what());
   }

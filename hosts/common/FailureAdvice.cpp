@@ -20,7 +20,7 @@ namespace {
 
 using cloud::QuillbayCloudError;
 using platform::URLError;
-using Step = RunJournal::Step;
+using Step = ShareStep;
 
 /// What may be true of a cause. Without any: what was asked for did certainly not happen, and no
 /// file can be the reason.
@@ -32,6 +32,8 @@ enum Trait : unsigned {
   kMayBeTheFile = 2,
   /// It is about one file, which the reason names.
   kNamesFile = 4,
+  /// It may pass by itself.
+  kPasses = 8,
 };
 
 struct CauseRow {
@@ -51,37 +53,38 @@ constexpr std::array kCauses = {
     CauseRow{FailureCause::fileNotRegular, "file-not-regular", kNamesFile},
     CauseRow{FailureCause::fileNameNotText, "file-name-not-text", kNamesFile},
     CauseRow{FailureCause::fileSizeUnknown, "file-size-unknown", kNamesFile},
+    CauseRow{FailureCause::fileChanged, "file-changed", kNamesFile},
     CauseRow{FailureCause::filesUnreadable, "files-unreadable", kMayBeTheFile},
-    CauseRow{FailureCause::hostNotFound, "host-not-found"},
-    CauseRow{FailureCause::connectionRefused, "connection-refused"},
-    CauseRow{FailureCause::routeFailed, "route-failed"},
-    CauseRow{FailureCause::tlsFailed, "tls-failed"},
+    CauseRow{FailureCause::hostNotFound, "host-not-found", kPasses},
+    CauseRow{FailureCause::connectionRefused, "connection-refused", kPasses},
+    CauseRow{FailureCause::routeFailed, "route-failed", kPasses},
+    CauseRow{FailureCause::tlsFailed, "tls-failed", kPasses},
     CauseRow{FailureCause::ownAuthoritiesFailed, "own-authorities-failed"},
-    CauseRow{FailureCause::proxyFailed, "proxy-failed"},
-    CauseRow{FailureCause::proxyConnectionLost, "proxy-connection-lost", kUncertain},
-    CauseRow{FailureCause::timedOut, "timed-out", kUncertain},
-    CauseRow{FailureCause::connectionLost, "connection-lost", kUncertain},
-    CauseRow{FailureCause::storeUnanswered, "store-unanswered", kMayBeTheFile},
+    CauseRow{FailureCause::proxyFailed, "proxy-failed", kPasses},
+    CauseRow{FailureCause::proxyConnectionLost, "proxy-connection-lost", kUncertain | kPasses},
+    CauseRow{FailureCause::timedOut, "timed-out", kUncertain | kPasses},
+    CauseRow{FailureCause::connectionLost, "connection-lost", kUncertain | kPasses},
+    CauseRow{FailureCause::storeUnanswered, "store-unanswered", kMayBeTheFile | kPasses},
     CauseRow{FailureCause::addressRefused, "address-refused", kUncertain},
     CauseRow{FailureCause::unexpected, "unexpected", kUncertain},
     CauseRow{FailureCause::serviceDenied, "service-denied"},
     CauseRow{FailureCause::sessionGone, "session-gone"},
     CauseRow{FailureCause::contentConflict, "content-conflict", kMayBeTheFile},
     CauseRow{FailureCause::serviceTooLarge, "service-too-large"},
-    CauseRow{FailureCause::serviceBusy, "service-busy"},
-    CauseRow{FailureCause::serviceFault, "service-fault", kUncertain},
+    CauseRow{FailureCause::serviceBusy, "service-busy", kPasses},
+    CauseRow{FailureCause::serviceFault, "service-fault", kUncertain | kPasses},
     CauseRow{FailureCause::serviceRefused, "service-refused", kMayBeTheFile},
     CauseRow{FailureCause::deletionRefused, "deletion-refused"},
     CauseRow{FailureCause::storeTooLarge, "store-too-large", kMayBeTheFile},
     CauseRow{FailureCause::storeDenied, "store-denied", kMayBeTheFile},
     CauseRow{FailureCause::storeSignature, "store-signature", kMayBeTheFile},
     CauseRow{FailureCause::storeClock, "store-clock"},
-    CauseRow{FailureCause::storePermissionExpired, "store-permission-expired"},
-    CauseRow{FailureCause::storeBusy, "store-busy"},
-    CauseRow{FailureCause::storeFault, "store-fault"},
+    CauseRow{FailureCause::storePermissionExpired, "store-permission-expired", kPasses},
+    CauseRow{FailureCause::storeBusy, "store-busy", kPasses},
+    CauseRow{FailureCause::storeFault, "store-fault", kPasses},
     CauseRow{FailureCause::storeRefused, "store-refused", kMayBeTheFile},
     CauseRow{FailureCause::serviceReplyMalformed, "service-reply-malformed", kUncertain},
-    CauseRow{FailureCause::storeReplyMalformed, "store-reply-malformed", kMayBeTheFile},
+    CauseRow{FailureCause::storeReplyMalformed, "store-reply-malformed", kMayBeTheFile | kPasses},
     CauseRow{FailureCause::missingItems, "missing-items"},
 };
 
@@ -184,8 +187,8 @@ struct CauseReader {
   }
   FailureCause operator()(const QuillbayCloudError::InvalidResponse& /*error*/) const {
     if (context.step != Step::sending) return FailureCause::serviceReplyMalformed;
-    return context.isUploadUnanswered ? FailureCause::storeUnanswered
-                                      : FailureCause::storeReplyMalformed;
+    const auto* transfer = dynamic_cast<const URLError*>(context.transportError.get());
+    return transfer ? causeOfUpload(transfer->code()) : FailureCause::storeReplyMalformed;
   }
   FailureCause operator()(const QuillbayCloudError::MissingItems& /*error*/) const {
     return FailureCause::missingItems;
@@ -213,10 +216,18 @@ FailureCause causeOf(FileChange change, FailureCause otherwise) {
       return FailureCause::fileNotRegular;
     case FileChange::nameNotText:
       return FailureCause::fileNameNotText;
+    case FileChange::contentChanged:
+      return FailureCause::fileChanged;
     case FileChange::sizeUnknown:
       return FailureCause::fileSizeUnknown;
   }
   return otherwise;
+}
+
+/// A session may have been created without a reply: a second one must not be.
+bool mayPass(const CauseRow& row, Step step) {
+  const bool mayBeDone = step == Step::creatingSession && (row.traits & kUncertain) != 0;
+  return (row.traits & kPasses) != 0 && !mayBeDone;
 }
 
 FailureCause causeOf(const QuillbayCloudError& error, const FailureContext& context) {
@@ -231,6 +242,8 @@ std::string_view headlineKey(const CauseRow& row, Step step) {
   switch (step) {
     case Step::fingerprinting:
       return "step.fingerprinting";
+    case Step::checkingFiles:
+      return "step.checking-files";
     case Step::creatingSession:
       return isUncertain ? "step.creating.uncertain" : "step.creating";
     case Step::requestingAddress:
@@ -310,12 +323,16 @@ FailureAdvice FailureAdvice::of(const QuillbayCloudError& error, const FailureCo
   const platform::StringTable& table = tableFor(audience);
   const Values values = valuesOf(inner, context.subject);
   const auto* underlying = inner.as<QuillbayCloudError::Underlying>();
+  const platform::ErrorPtr reason = underlying ? underlying->error : context.transportError;
   return {.cause = row.cause,
           .whatFailed = filled(table.localized(headlineKey(row, context.step)), values) + ": " +
                         filled(table.localized(std::string(row.key) + ".what"), values),
           .whatToDo = filled(adviceText(row, audience), values),
-          .detail = underlying ? plainLine(underlying->error->description()) : ""};
+          .detail = reason ? plainLine(reason->description()) : "",
+          .isWorthRetrying = mayPass(row, context.step)};
 }
+
+std::string_view nameOf(FailureCause cause) { return rowOf(cause).key; }
 
 std::string sentence(std::string clause) {
   if (clause.empty()) return clause;

@@ -3,10 +3,11 @@
 #include <QuillbayCloud/model/QuillbayCloudError.h>
 
 #include <string>
+#include <string_view>
 
 #include "FileState.h"
 #include "NetworkOptions.h"
-#include "RunJournal.h"
+#include "ShareStep.h"
 
 namespace quillbay::host {
 
@@ -21,6 +22,7 @@ enum class FailureCause {
   fileNotRegular,
   fileNameNotText,
   fileSizeUnknown,
+  fileChanged,      ///< since an earlier run announced it
   filesUnreadable,  ///< it is not known which file
   // No reply came.
   hostNotFound,
@@ -62,13 +64,13 @@ enum class FailureCause {
 /// What a host knows of the failure beside the error.
 struct FailureContext {
   /// What was being done.
-  RunJournal::Step step = RunJournal::Step::fingerprinting;
+  ShareStep step = ShareStep::fingerprinting;
   /// The file in question, or the session to be deleted, as it is to be shown.
   std::string subject = {};
   /// What became of that file since the run began.
   FileChange fileChange = FileChange::none;
-  /// As `RunJournal::isUploadUnanswered`.
-  bool isUploadUnanswered = false;
+  /// As `SessionActivity::transportError`.
+  platform::ErrorPtr transportError = {};
   NetworkOptions network = {};
 };
 
@@ -88,11 +90,16 @@ struct FailureAdvice {
   std::string whatToDo;
   /// What developers want to know as well, in English; may be empty.
   std::string detail;
+  /// The cause may pass by itself, and trying again does no harm.
+  bool isWorthRetrying = false;
 
   /// Any thread.
   static FailureAdvice of(const cloud::QuillbayCloudError& error, const FailureContext& context,
                           FailureAudience audience);
 };
+
+/// A short name of the cause for programs: "connection-lost".
+std::string_view nameOf(FailureCause cause);
 
 /// A clause as a sentence: with a capital letter and a full stop.
 std::string sentence(std::string clause);

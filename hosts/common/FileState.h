@@ -14,10 +14,11 @@ enum class FileChange {
   shrank,
   overwritten,  ///< same size, but written to or replaced
   vanished,
-  unreadable,   ///< it exists, and the system refuses to open it
-  notRegular,   ///< a folder, pipe, socket or device
-  nameNotText,  ///< its name is not UTF-8 and cannot be sent
-  sizeUnknown,  ///< the system states no size for content that exists, as in /proc
+  unreadable,      ///< it exists, and the system refuses to open it
+  notRegular,      ///< a folder, pipe, socket or device
+  nameNotText,     ///< its name is not UTF-8 and cannot be sent
+  contentChanged,  ///< its content is not the one that was announced to the service
+  sizeUnknown,     ///< the system states no size for content that exists, as in /proc
 };
 
 /// A file as it is at one moment. Any thread; blocks on the file system.

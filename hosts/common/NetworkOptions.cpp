@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -39,6 +40,13 @@ bool namesProxy(const Environment& environment) {
 }
 
 }  // namespace
+
+Environment processEnvironment() {
+  return [](const char* name) -> std::optional<std::string> {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+  };
+}
 
 std::optional<std::string> NetworkOptions::apply() const {
   if (!caBundlePath.empty()) {

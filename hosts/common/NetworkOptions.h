@@ -13,6 +13,9 @@ class OptionTable;
 /// Looks up a variable of the environment; absent when it is not set.
 using Environment = std::function<std::optional<std::string>(const char* name)>;
 
+/// The environment of this process.
+Environment processEnvironment();
+
 /// How a program reaches the service.
 struct NetworkOptions {
   /// Valid routes; from the command line, or else from QUILLBAY_CONNECT_TO.
@@ -33,6 +36,11 @@ class RawNetworkOptions {
  public:
   /// Adds --connect-to and --cacert, which fill this object in.
   void addTo(OptionTable& table);
+
+  /// The variables that `checked` reads, a line each for the help of a program.
+  static constexpr const char* kEnvironmentHelp =
+      "  QUILLBAY_CONNECT_TO  default of --connect-to; commas or blanks separate routes\n"
+      "  QUILLBAY_CACERT      default of --cacert\n";
 
   /// With the environment's defaults; or what is wrong, for people.
   std::expected<NetworkOptions, std::string> checked(const Environment& environment) const;

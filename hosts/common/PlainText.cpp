@@ -125,6 +125,31 @@ std::string inQuotes(std::string_view name) {
   return text + "'";
 }
 
+std::size_t columnCount(std::string_view text) {
+  std::size_t count = 0;
+  while (!text.empty()) {
+    const CodePoint next = firstCodePoint(text);
+    text.remove_prefix(next.byteCount);
+    count +=
+        static_cast<std::size_t>(utf8proc_charwidth(static_cast<utf8proc_int32_t>(next.value)));
+  }
+  return count;
+}
+
+std::string shortened(const std::string& text, std::size_t columnCount) {
+  constexpr std::string_view kDots = "...";
+  if (host::columnCount(text) <= columnCount) return text;
+  if (columnCount < kDots.size()) return {};
+  std::size_t byteCount = 0;
+  const std::string_view whole = text;
+  for (std::size_t next = 0; next < text.size();) {
+    next += firstCodePoint(whole.substr(next)).byteCount;
+    if (host::columnCount(whole.substr(0, next)) + kDots.size() > columnCount) break;
+    byteCount = next;
+  }
+  return text.substr(0, byteCount) + std::string(kDots);
+}
+
 std::string byteCountText(std::uint64_t byteCount) {
   if (byteCount < 1000) return std::to_string(byteCount) + (byteCount == 1 ? " byte" : " bytes");
   constexpr std::array<const char*, 6> kUnits = {"kB", "MB", "GB", "TB", "PB", "EB"};

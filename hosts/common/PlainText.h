@@ -27,6 +27,12 @@ std::string plainLine(std::string_view text);
 /// the reader can tell which file is meant.
 std::string inQuotes(std::string_view name);
 
+/// How many columns of a terminal `text`, a plain line, fills.
+std::size_t columnCount(std::string_view text);
+
+/// `text`, a plain line, in at most `columnCount` columns: the end gives way to "...".
+std::string shortened(const std::string& text, std::size_t columnCount);
+
 /// "0 bytes", "999 bytes", "1.2 kB", "64.0 MB": decimal units and one decimal, as the window and
 /// the pages behind the links write them.
 std::string byteCountText(std::uint64_t byteCount);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 
 namespace quillbay::host {
 namespace {
@@ -15,21 +14,28 @@ constexpr double kMemorySeconds = 8;
 constexpr double kFirstEstimateSeconds = 1;
 constexpr double kLongestEstimateSeconds = 4 * 24 * 3600;
 
-}  // namespace
-
-TransferEstimate::TransferEstimate(const std::vector<std::uint64_t>& byteCounts,
-                                   Clock::time_point start)
-    : workOfLast_{0}, start_(start), updated_(start) {
-  for (const std::uint64_t byteCount : byteCounts | std::views::reverse) {
-    workOfLast_.push_back(workOfLast_.back() + kWorkPerFile + static_cast<double>(byteCount));
-  }
+double workOf(std::uint64_t byteCount, std::size_t fileCount) {
+  return static_cast<double>(byteCount) + static_cast<double>(fileCount) * kWorkPerFile;
 }
 
-void TransferEstimate::update(double fraction, Clock::time_point now) {
-  const double total = workOfLast_.back();
-  const double previous = fraction_;
-  if (total > 0) fraction_ = std::max(fraction_, workAt(fraction) / total);
+}  // namespace
 
+TransferEstimate::TransferEstimate(std::uint64_t totalByteCount, std::size_t fileCount,
+                                   Clock::time_point start)
+    : totalWork_(workOf(totalByteCount, fileCount)), start_(start), updated_(start) {}
+
+void TransferEstimate::restart(Clock::time_point now) {
+  start_ = now;
+  updated_ = now;
+  workSpeed_ = 0;
+}
+
+void TransferEstimate::update(std::uint64_t byteCount, std::size_t fileCount,
+                              Clock::time_point now) {
+  const double previous = fraction_;
+  if (totalWork_ > 0) {
+    fraction_ = std::clamp(workOf(byteCount, fileCount) / totalWork_, fraction_, 1.0);
+  }
   const double elapsed = std::chrono::duration<double>(now - start_).count();
   const double step = std::chrono::duration<double>(now - updated_).count();
   if (step <= 0) return;
@@ -37,23 +43,20 @@ void TransferEstimate::update(double fraction, Clock::time_point now) {
   // While the memory fills, every second so far counts alike.
   const double weight =
       std::max(1 - std::exp(-step / kMemorySeconds), std::min(1.0, step / elapsed));
-  speed_ += weight * ((fraction_ - previous) / step - speed_);
+  workSpeed_ += weight * ((fraction_ - previous) / step - workSpeed_);
+}
+
+double TransferEstimate::speed() const {
+  const double elapsed = std::chrono::duration<double>(updated_ - start_).count();
+  return elapsed < kFirstEstimateSeconds ? 0 : workSpeed_ * totalWork_;
 }
 
 std::optional<std::chrono::seconds> TransferEstimate::remaining() const {
   const double elapsed = std::chrono::duration<double>(updated_ - start_).count();
-  if (elapsed < kFirstEstimateSeconds || speed_ <= 0) return std::nullopt;
-  const double seconds = std::ceil((1 - fraction_) / speed_);
+  if (elapsed < kFirstEstimateSeconds || workSpeed_ <= 0) return std::nullopt;
+  const double seconds = std::ceil((1 - fraction_) / workSpeed_);
   if (!(seconds <= kLongestEstimateSeconds)) return std::nullopt;
   return std::chrono::seconds(static_cast<std::chrono::seconds::rep>(seconds));
-}
-
-double TransferEstimate::workAt(double fraction) const {
-  const auto fileCount = static_cast<double>(workOfLast_.size() - 1);
-  const double position = std::clamp(fraction, 0.0, 1.0) * fileCount;
-  const double whole = std::min(std::floor(position), fileCount - 1);
-  const auto done = static_cast<std::size_t>(whole);
-  return std::lerp(workOfLast_[done], workOfLast_[done + 1], position - whole);
 }
 
 }  // namespace quillbay::host

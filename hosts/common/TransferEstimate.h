@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace quillbay::host {
 
@@ -14,27 +13,28 @@ class TransferEstimate {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// `byteCounts` in the order of the list; files are uploaded from its end.
-  TransferEstimate(const std::vector<std::uint64_t>& byteCounts, Clock::time_point start);
+  TransferEstimate(std::uint64_t totalByteCount, std::size_t fileCount, Clock::time_point start);
 
-  /// Takes the library's fraction, 0 to 1, as it is at `now`.
-  void update(double fraction, Clock::time_point now);
+  /// Uploads begin, or begin anew: the time until now tells nothing about their speed.
+  void restart(Clock::time_point now);
+
+  /// Takes the bytes that are sent and the files that have arrived at `now`, of all.
+  void update(std::uint64_t byteCount, std::size_t fileCount, Clock::time_point now);
 
   /// Of the work, 0 to 1; never falls.
   double fraction() const { return fraction_; }
+  /// Bytes in a second of late; 0 until there is something to tell from.
+  double speed() const;
   /// Absent until there is something to tell from, and when it would be more than four days.
   std::optional<std::chrono::seconds> remaining() const;
 
  private:
-  double workAt(double fraction) const;
-
-  /// Work that is done when the last n files are, for each n.
-  std::vector<double> workOfLast_;
+  const double totalWork_;
   Clock::time_point start_;
   Clock::time_point updated_;
   double fraction_ = 0;
-  /// Of the work, in a second.
-  double speed_ = 0;
+  /// Share of the work in a second.
+  double workSpeed_ = 0;
 };
 
 }  // namespace quillbay::host

@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "hosts/common/InstanceOption.h"
 #include "hosts/common/OptionTable.h"
-#include "hosts/common/PlainText.h"
 
 namespace quillbay::desktop {
 namespace {
+
+constexpr const char* kDefaultInstance = "quillbay-desktop";
 
 constexpr const char* kUsage =
     "Shares files through Quillbay Cloud: shows the share sheet in a window, then the\n"
@@ -20,9 +22,7 @@ constexpr const char* kUsage =
 
 constexpr const char* kEnvironmentHelp =
     "\n"
-    "Environment:\n"
-    "  QUILLBAY_CONNECT_TO  default of --connect-to; commas or blanks separate routes\n"
-    "  QUILLBAY_CACERT      default of --cacert\n";
+    "Environment:\n";
 
 std::unexpected<ArgumentsEnd> refused(const std::string& message) {
   return std::unexpected(
@@ -33,29 +33,30 @@ std::unexpected<ArgumentsEnd> refused(const std::string& message) {
 
 std::expected<Arguments, ArgumentsEnd> parseArguments(std::span<const std::string> arguments,
                                                       const host::Environment& environment) {
-  std::optional<std::string> instance;
+  host::InstanceOption instance;
   host::RawNetworkOptions network;
   bool wantsHelp = false;
   bool wantsVersion = false;
   host::OptionTable table;
-  table.addText("--instance", "ID",
-                "name of this installation for the service\n(default quillbay-desktop)", instance);
+  instance.addTo(table, kDefaultInstance);
   network.addTo(table);
-  table.addEnding("--version", "print the version", wantsVersion);
-  table.addEnding("--help", "print this help", wantsHelp);
+  table.addEnding("-V, --version", "print the version", wantsVersion);
+  table.addEnding("-h, --help", "print this help", wantsHelp);
 
   auto files = table.read(arguments);
   if (!files) return refused(files.error());
-  if (wantsHelp) return std::unexpected(ArgumentsEnd{0, kUsage + table.help() + kEnvironmentHelp});
+  if (wantsHelp)
+    return std::unexpected(ArgumentsEnd{
+        0, kUsage + table.help() + kEnvironmentHelp + host::RawNetworkOptions::kEnvironmentHelp});
   if (wantsVersion) {
     return std::unexpected(ArgumentsEnd{0, "quillbay-desktop " QUILLBAY_VERSION "\n"});
   }
-  const std::string identifier = instance.value_or("quillbay-desktop");
-  if (identifier.empty()) return refused("--instance is empty");
-  if (!host::codePointCount(identifier)) return refused("--instance is not UTF-8 text");
+  const auto identifier = instance.checked();
+  if (!identifier) return refused(identifier.error());
   auto checkedNetwork = network.checked(environment);
   if (!checkedNetwork) return refused(checkedNetwork.error());
-  return Arguments{identifier, std::move(*checkedNetwork), std::move(*files)};
+  return Arguments{identifier->value_or(kDefaultInstance), std::move(*checkedNetwork),
+                   std::move(*files)};
 }
 
 }  // namespace quillbay::desktop

@@ -43,6 +43,9 @@ DropPage::DropPage(const Actions& actions)
   chooseButton->setAutoDefault(true);
   chooseButton->setDefault(true);
   connect(chooseButton, &QPushButton::clicked, this, actions.choose);
+  auto* const sharesButton = new QPushButton(localized("shares.show"));
+  sharesButton->setAutoDefault(true);
+  connect(sharesButton, &QPushButton::clicked, this, actions.showShares);
   undoButton_.hide();
   connect(&undoButton_, &QPushButton::clicked, this, actions.undoRemoval);
 
@@ -55,6 +58,7 @@ DropPage::DropPage(const Actions& actions)
   layout->addWidget(chooseButton, 0, Qt::AlignHCenter);
   layout->addWidget(&undoButton_, 0, Qt::AlignHCenter);
   layout->addStretch();
+  layout->addWidget(sharesButton, 0, Qt::AlignHCenter);
   setFocusProxy(chooseButton);
 }
 

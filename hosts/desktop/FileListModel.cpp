@@ -1,25 +1,42 @@
 #include "FileListModel.h"
 
-#include "FileSelection.h"
+#include <utility>
+
 #include "Localized.h"
 #include "ShownText.h"
 
 namespace quillbay::desktop {
 
-void FileListModel::filesChanged() {
+void FileListModel::setFiles(std::vector<File> files) {
   beginResetModel();
+  files_ = std::move(files);
+  haveArrived_.assign(files_.size(), false);
   endResetModel();
 }
 
-void FileListModel::setUploaded(std::size_t doneCount) {
-  if (isUploading_ && doneCount == doneCount_) return;
-  isUploading_ = true;
-  doneCount_ = doneCount;
-  if (rowCount() > 0) emit dataChanged(index(0, state), index(rowCount() - 1, state));
+void FileListModel::setProgress(std::span<const std::size_t> arrivedRows,
+                                std::optional<Upload> upload) {
+  if (!std::exchange(isUploading_, true) && !files_.empty()) {
+    emit dataChanged(index(0, state), index(rowCount() - 1, state));
+  }
+  for (const std::size_t row : arrivedRows.subspan(notedCount_)) {
+    haveArrived_[row] = true;
+    changed(row);
+  }
+  notedCount_ = arrivedRows.size();
+  if (upload == upload_) return;
+  const auto before = std::exchange(upload_, upload);
+  if (before) changed(before->row);
+  if (upload) changed(upload->row);
+}
+
+void FileListModel::changed(std::size_t row) {
+  const QModelIndex cell = index(static_cast<int>(row), state);
+  emit dataChanged(cell, cell);
 }
 
 int FileListModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(files_.count());
+  return parent.isValid() ? 0 : static_cast<int>(files_.size());
 }
 
 int FileListModel::columnCount(const QModelIndex& parent) const {
@@ -28,20 +45,21 @@ int FileListModel::columnCount(const QModelIndex& parent) const {
 
 QVariant FileListModel::data(const QModelIndex& index, int role) const {
   const auto row = static_cast<std::size_t>(index.row());
-  if (role == Qt::ToolTipRole && index.column() == name) return tooltip(files_.name(row));
+  const File& file = files_[row];
+  if (role == Qt::ToolTipRole && index.column() == name) return tooltip(file.name);
   if (role == Qt::TextAlignmentRole && index.column() != name) {
     return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
   }
   if (role != Qt::DisplayRole) return {};
-  if (index.column() == name) return files_.name(row);
-  return index.column() == size ? byteCountText(files_.byteCount(row)) : stateText(row);
+  if (index.column() == name) return file.name;
+  return index.column() == size ? byteCountText(file.byteCount) : stateText(row);
 }
 
 QString FileListModel::stateText(std::size_t row) const {
   if (!isUploading_) return {};
-  const std::size_t place = files_.count() - 1 - row;
-  if (place < doneCount_) return localized("files.uploaded");
-  return place == doneCount_ ? localized("files.uploading") : localized("files.waiting");
+  if (haveArrived_[row]) return localized("files.uploaded");
+  if (!upload_ || upload_->row != row) return localized("files.waiting");
+  return localized("files.uploading").arg(upload_->percent);
 }
 
 }  // namespace quillbay::desktop

@@ -1,25 +1,37 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QString>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
 
 namespace quillbay::desktop {
 
-class FileSelection;
-
-/// The files of a selection as rows: name, size and, while they are uploaded, the state. Main
-/// thread only.
+/// Files as rows: name, size and, while they are uploaded, the state. Main thread only.
 class FileListModel : public QAbstractTableModel {
  public:
   enum Column { name, size, state, columnCount_ };
 
-  /// `files` outlives the model.
-  explicit FileListModel(const FileSelection& files) : files_(files) {}
+  struct File {
+    /// As it is to be shown.
+    QString name;
+    std::uint64_t byteCount = 0;
+  };
 
-  /// Call it after each change of the files.
-  void filesChanged();
-  /// `doneCount` files have arrived, the last one of the list first, and the next is on its way.
-  void setUploaded(std::size_t doneCount);
+  /// A file that is on its way.
+  struct Upload {
+    std::size_t row = 0;
+    int percent = 0;
+
+    friend bool operator==(const Upload&, const Upload&) = default;
+  };
+
+  void setFiles(std::vector<File> files);
+  /// `arrivedRows` only ever grows at its end. Changes no more rows than have changed.
+  void setProgress(std::span<const std::size_t> arrivedRows, std::optional<Upload> upload);
 
   int rowCount(const QModelIndex& parent = {}) const override;
   int columnCount(const QModelIndex& parent = {}) const override;
@@ -27,10 +39,14 @@ class FileListModel : public QAbstractTableModel {
 
  private:
   QString stateText(std::size_t row) const;
+  void changed(std::size_t row);
 
-  const FileSelection& files_;
+  std::vector<File> files_;
   bool isUploading_ = false;
-  std::size_t doneCount_ = 0;
+  std::vector<bool> haveArrived_;
+  /// How many of the rows that have arrived are noted.
+  std::size_t notedCount_ = 0;
+  std::optional<Upload> upload_;
 };
 
 }  // namespace quillbay::desktop

@@ -1,6 +1,5 @@
 #include "FileSelection.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <QFile>
@@ -10,30 +9,30 @@
 
 #include "Localized.h"
 #include "ShownText.h"
-#include "hosts/common/FileDescriptor.h"
-#include "hosts/common/PlainText.h"
+#include "hosts/common/FileState.h"
 
 namespace quillbay::desktop {
 namespace {
 
-/// In the program's language, which need not be that of `strerror`.
-QString unreadableText(const QString& name, int errorNumber) {
-  switch (errorNumber) {
-    case ENOENT:
-    case ENOTDIR:
+QString problemText(const host::FileState& state, const QString& name) {
+  using host::FileChange;
+  const int errorNumber = state.systemErrorNumber;
+  switch (state.problem) {
+    case FileChange::notRegular:
+      return localized(S_ISDIR(state.mode) ? "problem.folder" : "problem.not-regular").arg(name);
+    case FileChange::nameNotText:
+      return localized("problem.name").arg(name);
+    case FileChange::sizeUnknown:
+      return localized("problem.size").arg(name);
+    case FileChange::vanished:
       return localized("problem.missing").arg(name);
-    case EACCES:
-    case EPERM:
-      return localized("problem.forbidden").arg(name);
     default:
-      return localized("problem.unreadable").arg(name, QString::number(errorNumber));
+      break;
   }
-}
-
-template <class File, class Value>
-std::vector<Value> valuesOf(const std::vector<File>& files, Value File::* member) {
-  const auto values = files | std::views::transform(member);
-  return {values.begin(), values.end()};
+  if (errorNumber == EACCES || errorNumber == EPERM)
+    return localized("problem.forbidden").arg(name);
+  // By its number: the language of `strerror` need not be the program's.
+  return localized("problem.unreadable").arg(name, QString::number(errorNumber));
 }
 
 }  // namespace
@@ -61,20 +60,12 @@ QStringList FileSelection::add(const QList<QUrl>& urls) {
 
 QString FileSelection::problemWhileAdding(const std::string& path) {
   const platform::URL url = platform::URL::fileURL(path);
-  const QString name = shownShortName(url.lastPathComponent());
-  struct stat status{};
-  if (::stat(path.c_str(), &status) != 0) return unreadableText(name, errno);
-  if (S_ISDIR(status.st_mode)) return localized("problem.folder").arg(name);
-  if (!S_ISREG(status.st_mode)) return localized("problem.not-regular").arg(name);
-  // Without blocking, should it have changed its kind.
-  const host::FileDescriptor file(
-      ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file.isOpen()) return unreadableText(name, errno);
-  if (!host::codePointCount(url.lastPathComponent())) return localized("problem.name").arg(name);
-
+  const auto state = host::FileState::of(path);
+  if (state.problem != host::FileChange::none) {
+    return problemText(state, shownShortName(url.lastPathComponent()));
+  }
   if (!contains(url)) {
-    files_.push_back({path, url, shownName(url.lastPathComponent()),
-                      static_cast<std::uint64_t>(status.st_size)});
+    files_.push_back({path, url, shownName(url.lastPathComponent()), state.byteCount});
   }
   return {};
 }
@@ -105,9 +96,10 @@ void FileSelection::undoRemoval() {
   removals_.pop_back();
 }
 
-std::vector<std::string> FileSelection::paths() const { return valuesOf(files_, &File::path); }
-
-std::vector<platform::URL> FileSelection::urls() const { return valuesOf(files_, &File::url); }
+std::vector<std::string> FileSelection::paths() const {
+  const auto paths = files_ | std::views::transform(&File::path);
+  return {paths.begin(), paths.end()};
+}
 
 std::uint64_t FileSelection::totalByteCount() const {
   std::uint64_t total = 0;
@@ -115,18 +107,6 @@ std::uint64_t FileSelection::totalByteCount() const {
   return total;
 }
 
-QString FileSelection::extent() const {
-  const QString size = byteCountText(totalByteCount());
-  if (files_.size() == 1) return localized("files.extent.one").arg(size);
-  return localized("files.extent.many").arg(files_.size()).arg(size);
-}
-
-QString FileSelection::summary() const {
-  if (isEmpty()) return {};
-  const QString size = byteCountText(totalByteCount());
-  const QString first = files_.front().name;
-  if (files_.size() == 1) return localized("files.one").arg(first, size);
-  return localized("files.many").arg(first, QString::number(files_.size() - 1), size);
-}
+QString FileSelection::extent() const { return extentText(count(), totalByteCount()); }
 
 }  // namespace quillbay::desktop

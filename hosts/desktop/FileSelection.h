@@ -34,12 +34,9 @@ class FileSelection {
   QString name(std::size_t row) const { return files_[row].name; }
   std::uint64_t byteCount(std::size_t row) const { return files_[row].byteCount; }
   std::vector<std::string> paths() const;
-  std::vector<platform::URL> urls() const;
 
   /// How many and how large in all: "3 files, 1.2 MB".
   QString extent() const;
-  /// One line for people: the first name, how many more, how large in all.
-  QString summary() const;
 
  private:
   struct File {

@@ -9,41 +9,45 @@
 #include <algorithm>
 #include <utility>
 
-#include "FileListView.h"
 #include "FileSelection.h"
 #include "Localized.h"
+#include "PageLayout.h"
+#include "RowsView.h"
 
 namespace quillbay::desktop {
 namespace {
 
-constexpr int kPanelMargin = 16;
-constexpr int kMostListedRows = 4;
+constexpr int kMostFileRows = 4;
 
 }  // namespace
 
 FilesPanel::FilesPanel(FileSelection& files, Actions actions)
     : files_(files),
       actions_(std::move(actions)),
-      model_(files),
       extent_(*new QLabel),
-      list_(*new FileListView(model_, kMostListedRows)),
+      list_(*new RowsView(model_, FileListModel::name, kMostFileRows)),
       removeButton_(*new QPushButton(localized("files.remove"))),
       undoButton_(*new QPushButton(localized("files.undo"))) {
   extent_.setTextFormat(Qt::PlainText);
   list_.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  list_.setAccessibleName(localized("files.list"));
+  list_.setHeaderHidden(true);
+  list_.setSelectionMode(QAbstractItemView::ExtendedSelection);
   list_.setColumnHidden(FileListModel::state, true);
   auto* const addButton = new QPushButton(localized("files.add"));
+  auto* const sharesButton = new QPushButton(localized("shares.show"));
   auto* const line = new QHBoxLayout;
   line->addWidget(&extent_, 1);
-  for (QPushButton* const button : {&undoButton_, &removeButton_, addButton}) {
+  for (QPushButton* const button : {&undoButton_, &removeButton_, addButton, sharesButton}) {
     line->addWidget(button);
   }
   auto* const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(kPanelMargin, kPanelMargin, kPanelMargin, 0);
+  layout->setContentsMargins(kPageMargin, kPageMargin, kPageMargin, 0);
   layout->addLayout(line);
   layout->addWidget(&list_);
 
   connect(addButton, &QPushButton::clicked, this, actions_.add);
+  connect(sharesButton, &QPushButton::clicked, this, actions_.showShares);
   connect(&undoButton_, &QPushButton::clicked, this, actions_.undoRemoval);
   connect(&removeButton_, &QPushButton::clicked, this, [this] { removeSelected(); });
   auto* const removal = new QAction(localized("files.remove").remove('&'), &list_);
@@ -58,7 +62,11 @@ FilesPanel::FilesPanel(FileSelection& files, Actions actions)
 }
 
 void FilesPanel::filesChanged() {
-  model_.filesChanged();
+  std::vector<FileListModel::File> rows;
+  for (std::size_t row = 0; row < files_.count(); ++row) {
+    rows.push_back({files_.name(row), files_.byteCount(row)});
+  }
+  model_.setFiles(std::move(rows));
   extent_.setText(files_.extent());
   list_.updateGeometry();
   updateButtons();

@@ -10,11 +10,12 @@ class QPushButton;
 
 namespace quillbay::desktop {
 
-class FileListView;
 class FileSelection;
+class RowsView;
 
 /// The files on the page of the sheet: how many, a list, and buttons to add, to remove and to put
-/// back. The Delete key removes the selected ones. Main thread only.
+/// back, and one that leads to earlier shares. The Delete key removes the selected ones. Main
+/// thread only.
 class FilesPanel : public QWidget {
  public:
   /// What the user asked for.
@@ -23,6 +24,7 @@ class FilesPanel : public QWidget {
     std::function<void()> undoRemoval;
     /// Files have been taken out of the selection.
     std::function<void()> removed;
+    std::function<void()> showShares;
   };
 
   /// `files` outlives the panel.
@@ -40,7 +42,7 @@ class FilesPanel : public QWidget {
   FileListModel model_;
   // Children of this widget, made in the constructor.
   QLabel& extent_;
-  FileListView& list_;
+  RowsView& list_;
   QPushButton& removeButton_;
   QPushButton& undoButton_;
 };

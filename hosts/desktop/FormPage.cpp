@@ -1,35 +1,31 @@
 #include "FormPage.h"
 
 #include <QDropEvent>
-#include <QFrame>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QMimeData>
 #include <QVBoxLayout>
 #include <utility>
 
-#include "Accessibility.h"
 #include "ContentPreview.h"
 #include "FileSelection.h"
 #include "FilesPanel.h"
+#include "PageLayout.h"
 
 namespace quillbay::desktop {
-namespace {
-
-constexpr int kNoticeMargin = 16;
-
-}  // namespace
 
 FormPage::FormPage(FileSelection& files, Actions actions)
     : files_(files), actions_(std::move(actions)) {
   filesPanel_ = new FilesPanel(files_, {.add = actions_.addFiles,
                                         .undoRemoval = actions_.undoRemoval,
-                                        .removed = actions_.filesRemoved});
+                                        .removed = actions_.filesRemoved,
+                                        .showShares = actions_.showShares});
   makeSheet();
+  notice_ = new NoticePanel;
+  notice_->setContentsMargins(kPageMargin, kPageMargin, kPageMargin, 0);
   auto* const layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
-  layout->addWidget(makeNotice());
+  layout->addWidget(notice_);
   layout->addWidget(filesPanel_);
   layout->addWidget(&sheet_->view(), 1);
 }
@@ -45,44 +41,9 @@ void FormPage::makeSheet() {
   }
 }
 
-QWidget* FormPage::makeNotice() {
-  auto* const frame = new QFrame;
-  frame->setFrameStyle(QFrame::StyledPanel | QFrame::Plain);
-  setAccessibleRole(*frame, QAccessible::AlertMessage);
-  noticeTitle_ = new QLabel;
-  noticeText_ = new QLabel;
-  QFont bold = noticeTitle_->font();
-  bold.setBold(true);
-  noticeTitle_->setFont(bold);
-  auto* const content = new QVBoxLayout(frame);
-  for (QLabel* const label : {noticeTitle_, noticeText_}) {
-    // Texts of servers and names of files are no markup.
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    content->addWidget(label);
-  }
-  noticeText_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-
-  notice_ = new QWidget;
-  auto* const layout = new QVBoxLayout(notice_);
-  layout->setContentsMargins(kNoticeMargin, kNoticeMargin, kNoticeMargin, 0);
-  layout->addWidget(frame);
-  notice_->hide();
-  return notice_;
-}
-
 void FormPage::filesChanged() {
   filesPanel_->filesChanged();
   sheet_->setContentPreview(contentPreview(files_.paths()));
-}
-
-void FormPage::showNotice(const std::optional<Notice>& notice) {
-  notice_->setVisible(notice.has_value());
-  if (!notice) return;
-  noticeTitle_->setText(notice->title);
-  noticeText_->setText(notice->text);
-  noticeText_->setAccessibleName(notice->text);
-  announce(*noticeTitle_->parentWidget(), notice->title + " " + notice->text);
 }
 
 bool FormPage::event(QEvent* event) {

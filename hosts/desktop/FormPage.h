@@ -3,13 +3,12 @@
 #include <QuillbayCloud/model/SessionConfiguration.h>
 #include <QuillbayCloud/ui/ShareViewController.h>
 
-#include <QString>
 #include <QWidget>
 #include <functional>
 #include <memory>
 #include <optional>
 
-class QLabel;
+#include "NoticePanel.h"
 
 namespace quillbay::desktop {
 
@@ -28,12 +27,7 @@ class FormPage : public QWidget {
     std::function<void(const QMimeData& data)> dropFiles;
     std::function<void(const cloud::SessionConfiguration& configuration)> share;
     std::function<void()> cancel;
-  };
-
-  /// What became of a run.
-  struct Notice {
-    QString title;
-    QString text;
+    std::function<void()> showShares;
   };
 
   /// `files` outlives the page.
@@ -41,8 +35,8 @@ class FormPage : public QWidget {
 
   /// Call it after each change of the files.
   void filesChanged();
-  /// Absent: none is shown. The text can be selected: it may hold a link.
-  void showNotice(const std::optional<Notice>& notice);
+  /// Absent: none is shown.
+  void showNotice(const std::optional<Notice>& notice) { notice_->show(notice); }
 
  protected:
   bool event(QEvent* event) override;
@@ -50,15 +44,12 @@ class FormPage : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  QWidget* makeNotice();
   void makeSheet();
 
   FileSelection& files_;
   const Actions actions_;
   // Children of this widget, made in the constructor.
-  QWidget* notice_ = nullptr;
-  QLabel* noticeTitle_ = nullptr;
-  QLabel* noticeText_ = nullptr;
+  NoticePanel* notice_ = nullptr;
   FilesPanel* filesPanel_ = nullptr;
   std::shared_ptr<cloud::ShareViewController> sheet_;
 };

@@ -1,34 +1,27 @@
 #include "QRCodeView.h"
 
-#include <qrencode.h>
-
 #include <QPainter>
-#include <memory>
+#include <cstddef>
 
 #include "Accessibility.h"
 #include "Localized.h"
+#include "hosts/common/MatrixCode.h"
 
 namespace quillbay::desktop {
 namespace {
 
-constexpr int kQuietModules = 4;
 constexpr int kModuleSize = 5;
 
-struct QRCodeFree {
-  void operator()(QRcode* code) const { QRcode_free(code); }
-};
-
 QImage modulesOf(const QString& text) {
-  const std::unique_ptr<QRcode, QRCodeFree> code(
-      QRcode_encodeString8bit(text.toUtf8().constData(), 0, QR_ECLEVEL_M));
+  const auto code = host::MatrixCode::of(text.toStdString());
   if (!code) return {};
-  const int size = code->width + (2 * kQuietModules);
+  const int size = static_cast<int>(code->size());
   QImage image(size, size, QImage::Format_Grayscale8);
   image.fill(Qt::white);
-  for (int y = 0; y < code->width; ++y) {
-    for (int x = 0; x < code->width; ++x) {
-      const bool isDark = (code->data[(y * code->width) + x] & 1) != 0;
-      if (isDark) image.setPixelColor(kQuietModules + x, kQuietModules + y, Qt::black);
+  for (std::size_t row = 0; row < code->size(); ++row) {
+    for (std::size_t column = 0; column < code->size(); ++column) {
+      if (!code->isDark(row, column)) continue;
+      image.setPixelColor(static_cast<int>(column), static_cast<int>(row), Qt::black);
     }
   }
   return image;

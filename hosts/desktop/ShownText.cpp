@@ -3,6 +3,7 @@
 #include <QLocale>
 
 #include "Localized.h"
+#include "hosts/common/FailureAdvice.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -52,6 +53,25 @@ QString byteCountText(std::uint64_t byteCount) {
   if (byteCount < 1000) return localized("files.bytes.many").arg(byteCount);
   return QLocale().formattedDataSize(static_cast<qint64>(byteCount), 1, QLocale::DataSizeSIFormat);
 }
+
+QString extentText(std::size_t fileCount, std::uint64_t byteCount) {
+  const QString size = byteCountText(byteCount);
+  if (fileCount == 1) return localized("files.extent.one").arg(size);
+  return localized("files.extent.many").arg(fileCount).arg(size);
+}
+
+QString filesText(const QString& first, std::size_t fileCount, std::uint64_t byteCount) {
+  const QString size = byteCountText(byteCount);
+  if (fileCount == 1) return localized("files.one").arg(first, size);
+  return localized("files.many").arg(first, QString::number(fileCount - 1), size);
+}
+
+QString adviceText(const host::FailureAdvice& advice) {
+  return QString::fromStdString(host::sentence(advice.whatFailed) + "\n" +
+                                host::sentence(advice.whatToDo));
+}
+
+QString textOf(const platform::URL& url) { return QString::fromStdString(url.absoluteString()); }
 
 QString tooltip(const QString& text) { return "<qt>" + text.toHtmlEscaped() + "</qt>"; }
 

@@ -4,7 +4,6 @@
 #include <QIcon>
 #include <QTranslator>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,15 +13,11 @@
 #include "Localized.h"
 #include "MainWindow.h"
 #include "TerminationRequest.h"
+#include "hosts/common/History.h"
 
 namespace {
 
 using namespace quillbay;
-
-std::optional<std::string> environmentVariable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-}
 
 int run(char** argumentValues, const desktop::Arguments& arguments) {
   // Qt would look for options of its own among ours.
@@ -39,7 +34,8 @@ int run(char** argumentValues, const desktop::Arguments& arguments) {
   platform::setMainQueuePoster([](std::function<void()> runOneItem) {
     QMetaObject::invokeMethod(qApp, std::move(runOneItem), Qt::QueuedConnection);
   });
-  desktop::MainWindow window(arguments);
+  host::History history(host::History::standardFile(host::processEnvironment()));
+  desktop::MainWindow window(arguments, history);
   const desktop::TerminationRequest termination([&window] { window.terminate(); });
   window.show();
   const int status = QApplication::exec();
@@ -54,7 +50,7 @@ int run(char** argumentValues, const desktop::Arguments& arguments) {
 
 int main(int argumentCount, char** argumentValues) {
   const std::vector<std::string> words(argumentValues + 1, argumentValues + argumentCount);
-  const auto arguments = desktop::parseArguments(words, environmentVariable);
+  const auto arguments = desktop::parseArguments(words, host::processEnvironment());
   if (!arguments) {
     std::fputs(arguments.error().text.c_str(), arguments.error().status == 0 ? stdout : stderr);
     return arguments.error().status;

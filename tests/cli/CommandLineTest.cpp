@@ -38,6 +38,17 @@ TEST(CommandLine, fileNamesAreTakenAsTheyAre) {
   EXPECT_TRUE(options.keep);
 }
 
+TEST(CommandLine, lettersCanBeBundledAndHoldTheirValue) {
+  const ShareOptions options =
+      share({"share", "-qt", "T", "f", "-e30m", "-0ldirect", "--files-from", "-", "--", "-q"});
+  EXPECT_EQ(options.common.verbosity, Verbosity::quiet);
+  EXPECT_EQ(options.title, "T");
+  EXPECT_EQ(options.expirationDate, kNow + std::chrono::minutes(30));
+  EXPECT_EQ(options.separator, PathSeparator::null);
+  EXPECT_EQ(options.linkType, cloud::SessionLinkType::directLink);
+  EXPECT_EQ(options.files, (Arguments{"f", "-q"}));
+}
+
 TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) {
   const Variables variables{{"QUILLBAY_CONNECT_TO", " a:1:b:2, :3:c:4\n"},
                             {"QUILLBAY_CACERT", "ca.pem"},
@@ -46,16 +57,18 @@ TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) 
   EXPECT_EQ(silent.title, std::nullopt);
   EXPECT_EQ(silent.expirationDate, std::nullopt);
   EXPECT_EQ(silent.linkType, cloud::SessionLinkType::page);
-  EXPECT_EQ(silent.common.instanceIdentifier, "quillbay-cli");
+  EXPECT_EQ(silent.common.instanceIdentifier, std::nullopt);
+  EXPECT_EQ(silent.retryCount, 5);
   EXPECT_EQ(silent.common.network.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
   EXPECT_EQ(silent.common.network.caBundlePath, "ca.pem");
   EXPECT_TRUE(silent.common.network.usesProxy);
 
   const ShareOptions outspoken =
       share({"share", "--title=", "--expires", "30m", "--connect-to", "x:1:y:2",
-             "--connect-to=:1:[::1]:2", "--cacert", "other.pem", "file"},
+             "--connect-to=:1:[::1]:2", "--cacert", "other.pem", "--retry", "0", "file"},
             variables);
   EXPECT_EQ(outspoken.title, "");
+  EXPECT_EQ(outspoken.retryCount, 0);
   EXPECT_EQ(outspoken.expirationDate, kNow + std::chrono::minutes(30));
   EXPECT_EQ(outspoken.common.network.connectTo, (Arguments{"x:1:y:2", ":1:[::1]:2"}));
   EXPECT_EQ(outspoken.common.network.caBundlePath, "other.pem");
@@ -80,6 +93,11 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
       {"valueOfFlag", {"share", "--keep=no", "f"}, "--keep takes no value"},
       {"twice", {"share", "--title", "a", "--title", "b", "f"}, "--title is given twice"},
       {"fileWithDash", {"share", "-dash.txt"}, "'./-dash.txt'"},
+      {"letterInBundle", {"share", "-qx", "f"}, "unknown option '-x'"},
+      {"missingValueOfLetter", {"share", "f", "-qt"}, "-t needs a value: TEXT"},
+      {"letterAndName", {"share", "-tx", "--title", "x", "f"}, "--title is given twice"},
+      {"nullWithoutList", {"share", "-0", "f"}, "--null needs --files-from"},
+      {"twoReaders", {"share", "--files-from=-", "--password-file=-"}, "cannot both read"},
       {"twoVerbosities", {"share", "--verbose", "--quiet", "f"}, "exclude each other"},
       {"twoPasswords", {"share", "--ask-password", "--password-file", "p", "f"}, "exclude"},
       {"link", {"share", "--link", "Page", "f"}, "'Page'"},
@@ -89,11 +107,16 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
       {"emptyInstance", {"share", "--instance=", "f"}, "--instance is empty"},
       {"route", {"share", "--connect-to", "a:1", "f"}, "--connect-to: 'a:1'"},
       {"environment", {"share", "f"}, "_TO: 'a'", {{"QUILLBAY_CONNECT_TO", "a b:1:c:2"}}},
-      {"noSession", {"delete", "--token", "t"}, "which session"},
-      {"twoSessions", {"delete", "a", "b", "--token", "t"}, "'b'"},
-      {"noToken", {"delete", "s"}, "--token or --token-file"},
+      {"retry", {"share", "--retry", "100", "f"}, "'100'"},
+      {"retryText", {"share", "--retry", "-1", "f"}, "'-1'"},
+      {"noShare", {"delete", "--token", "t"}, "which share"},
+      {"twoShares", {"delete", "a", "b", "--token", "t"}, "'b'"},
+      {"lastAndToken", {"delete", "--last", "--token", "t"}, "exclude"},
+      {"lastAndLink", {"resume", "--last", "s"}, "'s' and --last exclude"},
+      {"resumeWhat", {"resume"}, "which share"},
+      {"forgetWhat", {"forget"}, "or --expired"},
+      {"listOperand", {"list", "x"}, "no names"},
       {"twoTokens", {"delete", "s", "--token", "t", "--token-file", "f"}, "exclude"},
-      {"linkAsSession", {"delete", "https://x/s/1", "--token", "t"}, "is a link"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -111,6 +134,9 @@ TEST(CommandLine, helpTellsTheExitStatusesAndWinsOverErrorsBehindIt) {
                                                            {"help", "delete"},
                                                            {"share", "-h"},
                                                            {"share", "--help", "--bogus"},
+                                                           {"resume", "-h"},
+                                                           {"help", "list"},
+                                                           {"help", "forget"},
                                                            {"delete", "--help"}}) {
     const auto command = parse(arguments);
     ASSERT_FALSE(command);

@@ -17,7 +17,7 @@ using Cause = FailureCause;
 using Code = platform::URLError::Code;
 using CloudError = cloud::QuillbayCloudError;
 using Refusal = cloud::Webservice::Error;
-using Step = RunJournal::Step;
+using Step = ShareStep;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
@@ -45,7 +45,9 @@ CloudError unhashed() { return CloudError::fingerprintFailure(); }
 FailureContext at(Step step, FileChange change = FileChange::none) {
   return {.step = step, .subject = "'{code}'", .fileChange = change};
 }
-FailureContext unanswered() { return {.step = Step::sending, .isUploadUnanswered = true}; }
+FailureContext unanswered() {
+  return {.step = Step::sending, .transportError = failure(Code::timedOut)};
+}
 FailureContext with(NetworkOptions network) {
   return {.step = Step::creatingSession, .network = std::move(network)};
 }
@@ -53,7 +55,7 @@ const NetworkOptions kRoute{.connectTo = {"a:1:b:2"}};
 const NetworkOptions kProxy{.usesProxy = true};
 const NetworkOptions kAuthorities{.caBundlePath = "ca"};
 
-using enum RunJournal::Step;
+using enum ShareStep;
 using enum FileChange;
 
 const struct {
@@ -72,6 +74,8 @@ const struct {
     {unhashed(), at(fingerprinting, notRegular), Cause::fileNotRegular, "not a regular file"},
     {unsent(), at(creatingSession, nameNotText), Cause::fileNameNotText, "no session was created"},
     {refusal(409), at(finalizing, sizeUnknown), Cause::fileSizeUnknown, "states no size"},
+    {unsent(), at(checkingFiles, contentChanged), Cause::fileChanged,
+     "the share was not continued: '{code}' has changed since"},
     {unhashed(), at(fingerprinting), Cause::filesUnreadable, "nothing was shared: a file"},
     {lost(Code::cannotFindHost), at(finalizing, grew), Cause::hostNotFound, "be completed: "},
     {store("SlowDown"), at(sending, grew), Cause::storeBusy, "the upload of '{code}' failed: "},
@@ -139,6 +143,7 @@ TEST(FailureAdvice, namesTheCauseOfEveryFailureInEveryLanguage) {
     EXPECT_NE(advice.whatToDo, german.whatToDo);
     causes.insert(advice.cause);
   }
+  EXPECT_EQ(nameOf(Cause::connectionLost), "connection-lost");
   EXPECT_EQ(causes.size(), static_cast<std::size_t>(Cause::missingItems) + 1);
   platform::setPreferredLanguages({});
 }

@@ -25,8 +25,8 @@ TEST_F(Interrupted, aStalledUploadIsGivenUpAndItsSessionDeleted) {
 }
 
 TEST_F(Interrupted, keepLeavesTheSessionAndTellsHowToDeleteIt) {
-  const auto program =
-      startStalled(Call::store, {.arguments = {"share", "--keep", "--instance", "it's", file_}});
+  const auto program = startStalled(
+      Call::store, {.arguments = {"share", "--keep", "--no-history", "--instance", "it's", file_}});
   interrupt(*program);
   EXPECT_EQ(count(Call::deleteSession), 0U);
   EXPECT_THAT(program->error(),

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -30,6 +31,7 @@ class ProgramTest : public testing::Test {
     setup.environment.push_back("QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" + port);
     setup.environment.push_back("QUILLBAY_CACERT=" +
                                 TestCertificates::shared().authorityPath().string());
+    setup.environment.insert(setup.environment.begin(), "XDG_STATE_HOME=" + state_.string());
     return std::make_unique<ChildProcess>(setup);
   }
 
@@ -76,6 +78,7 @@ class ProgramTest : public testing::Test {
   }
 
   const TemporaryFolder folder_;
+  const std::filesystem::path state_ = folder_ / "state";
   const std::string file_ = folder_.write("file", "content");
   const std::string link_ = std::string(FakeService::link) + "\n";
   std::shared_ptr<Gate> gate_;

@@ -36,33 +36,53 @@ struct NoRoute final : platform::Error {
   std::string description() const override { return "no route"; }
 };
 
+FailureReport reportOf(const QuillbayCloudError& error) {
+  return FailureReport::of(error, {.cause = host::FailureCause::serviceBusy,
+                                   .whatFailed = "it failed",
+                                   .whatToDo = {},
+                                   .detail = "why"});
+}
+
 TEST(ResultOutput, anEventIsOneLineOfASCIIWithWhatIsKnown) {
-  EXPECT_EQ(
-      written(ResultOutput::json,
-              [](ResultOutput& out) {
-                out.sessionCreated(kFullSession);
-                out.sessionCreated(session(R"({"id":"s1","url":"https://x/s","items":[]})"));
-                out.failed(
-                    FailureReport::of(QuillbayCloudError::aws({"AccessDenied", "No\n\xff"})));
-                out.failed(FailureReport::of(QuillbayCloudError::webservice("Full", 507)));
-                out.failed(FailureReport::of(
-                    QuillbayCloudError::underlying(std::make_shared<const NoRoute>())));
-              }),
-      R"({"event":"session","id":"s1","token":"t1","url":"https://x/s","title":"T\u00fc\u009b","expires":"1970-01-01T00:01:00Z"}
+  const auto use = [](ResultOutput& out) {
+    out.sessionCreated(kFullSession);
+    out.sessionCreated(session(R"({"id":"s1","url":"https://x/s","items":[]})"));
+    FailureReport report = reportOf(QuillbayCloudError::aws({"AccessDenied", "No\n\xff"}));
+    report.file = "a\xff";
+    out.failed(report);
+    out.failed(reportOf(QuillbayCloudError::webservice("Full", 507)));
+    out.failed(reportOf(QuillbayCloudError::underlying(std::make_shared<const NoRoute>())));
+    out.retrying(std::chrono::seconds(2), 1, "connection-lost");
+    out.cancelled();
+  };
+  const char* expected =
+      R"-({"event":"session","id":"s1","token":"t1","url":"https://x/s","title":"T\u00fc\u009b","expires":"1970-01-01T00:01:00Z"}
 {"event":"session","id":"s1","url":"https://x/s"}
-{"event":"error","case":"aws","description":"No\n\ufffd","code":"AccessDenied"}
-{"event":"error","case":"webservice","description":"Full","status":507}
-{"event":"error","case":"underlying"}
-)");
+{"event":"error","case":"aws","description":"No\n\ufffd","code":"AccessDenied","cause":"service-busy","file":"a\ufffd","detail":"it failed (why)"}
+{"event":"error","case":"webservice","description":"Full","status":507,"cause":"service-busy","detail":"it failed (why)"}
+{"event":"error","case":"underlying","cause":"service-busy","detail":"it failed (why)"}
+{"event":"retry","in":2,"attempt":1,"cause":"connection-lost"}
+{"event":"cancelled"}
+)-";
+  EXPECT_EQ(written(ResultOutput::json, use), expected);
 }
 
 TEST(ResultOutput, progressNeverFallsRepeatsOrReachesOneBeforeTheEnd) {
   const auto use = [](ResultOutput& out) {
-    for (const double fraction : {0.0, 0.42, 0.42001, 0.3, 0.99999, 1.0}) out.progressed(fraction);
+    for (const double fraction : {0.42, 0.42001, 0.3, 0.99999, 1.0}) {
+      out.progressed({fraction, "uploading", "f", 3, 4});
+    }
+    out.progressed({0.9999, "finalizing", std::nullopt, 4, 4});
+    out.done(4);
   };
-  EXPECT_EQ(written(ResultOutput::json, use),
-            "{\"event\":\"progress\",\"fraction\":0.42}\n"
-            "{\"event\":\"progress\",\"fraction\":0.9999}\n");
+  const char* expected =
+      R"-({"event":"progress","fraction":0.42,"step":"uploading","file":"f","bytes":3,"total":4}
+{"event":"progress","fraction":0.9999,"step":"uploading","file":"f","bytes":3,"total":4}
+{"event":"progress","fraction":0.9999,"step":"finalizing","bytes":4,"total":4}
+{"event":"progress","fraction":1.0,"step":"finished","bytes":4,"total":4}
+{"event":"done"}
+)-";
+  EXPECT_EQ(written(ResultOutput::json, use), expected);
 }
 
 }  // namespace

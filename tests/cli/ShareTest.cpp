@@ -44,10 +44,11 @@ TEST_F(Share, verbosePrintsTheStepsBesideTheEventsButNotThePassword) {
               .input = "sesame\nrest"});
   EXPECT_EQ(sentPassword(), "c2VzYW1l");
   EXPECT_EQ(events(*program).back(), json({{"event", "done"}}));
-  EXPECT_THAT(program->error(),
-              AllOf(HasSubstr("Creating fingerprints..."),
-                    HasSubstr("Finished upload finalization"), HasSubstr("to delete it, use"),
-                    Not(HasSubstr("sesame")), Not(HasSubstr(FakeService::token))));
+  EXPECT_THAT(
+      program->error(),
+      AllOf(HasSubstr("Creating fingerprints..."), HasSubstr("Finished upload finalization"),
+            HasSubstr("to delete it: quillbay delete '" + std::string(FakeService::link)),
+            Not(HasSubstr("sesame")), Not(HasSubstr(FakeService::token))));
 }
 
 TEST_F(Share, theEventStreamBeginsWithTheSessionAndEndsWithOneAndDone) {
@@ -60,7 +61,11 @@ TEST_F(Share, theEventStreamBeginsWithTheSessionAndEndsWithOneAndDone) {
                                  {"id", FakeService::sessionIdentifier},
                                  {"token", FakeService::token},
                                  {"url", FakeService::link}}));
-  EXPECT_EQ(lines[lines.size() - 2], json({{"event", "progress"}, {"fraction", 1.0}}));
+  EXPECT_EQ(lines[lines.size() - 2], json({{"event", "progress"},
+                                           {"fraction", 1.0},
+                                           {"step", "finished"},
+                                           {"bytes", 3'000'007},
+                                           {"total", 3'000'007}}));
   EXPECT_EQ(lines.back(), json({{"event", "done"}}));
 }
 
@@ -76,6 +81,7 @@ TEST_F(Share, aRefusedUploadNamesItsFileAndDeletesTheSession) {
   const auto lines = events(*program);
   ASSERT_GE(lines.size(), 3U);
   EXPECT_EQ(lines[lines.size() - 2].at("event"), "error");
+  EXPECT_EQ(lines[lines.size() - 2].at("file"), file_);
   EXPECT_EQ(lines.back(), json({{"event", "deleted"}}));
   EXPECT_THAT(program->error(),
               AllOf(HasSubstr("the upload of '" + file_ + "' failed: "),
@@ -93,7 +99,7 @@ TEST_F(Share, aFileThatChangedIsTheCauseOfTheRefusal) {
 
 TEST_F(Share, anUploadWithoutReplyIsNotTakenForAReplyThatMakesNoSense) {
   service_.answer(Call::store, Reply::none());
-  const auto program = run(1, {.arguments = {"share", file_}});
+  const auto program = run(1, {.arguments = {"share", "--retry", "0", file_}});
   EXPECT_THAT(program->error(), HasSubstr("the connection to the store could not be made"));
 }
 

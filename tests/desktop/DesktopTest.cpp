@@ -6,19 +6,10 @@
 
 namespace quillbay::desktop {
 
-std::shared_ptr<Gate> DesktopTest::stall(Call call) {
-  auto gate = std::make_shared<Gate>();
-  service_.setHook(call, [gate](const Request&, Reply ordinary) {
-    ordinary.sendAfter = gate;
-    return ordinary;
-  });
-  return gate;
-}
-
-void DesktopTest::refuse(Call call, const std::string& text) {
-  service_.setHook(call, [text](const Request&, const Reply&) {
-    return Reply::json(R"({"message":")" + text + R"(","status":507})", 507);
-  });
+void DesktopTest::refuse(Call call, const std::string& text, int status) {
+  const std::string code = std::to_string(status);
+  service_.answer(call,
+                  Reply::json(R"({"message":")" + text + R"(","status":)" + code + "}", status));
 }
 
 std::ptrdiff_t DesktopTest::count(const std::string& call) const {
@@ -27,7 +18,7 @@ std::ptrdiff_t DesktopTest::count(const std::string& call) const {
 }
 
 void DesktopTest::open(const std::vector<std::string>& files) {
-  window_ = std::make_unique<MainWindow>(Arguments{"instance-1", {}, files});
+  window_ = std::make_unique<MainWindow>(Arguments{"instance-1", {}, files}, *history_);
   test::showActive(*window_);
   if (files.empty()) return;
   ASSERT_TRUE(waitUntil([&] { return isFormVisible() && titleField().hasFocus(); }));

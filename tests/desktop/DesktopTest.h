@@ -14,6 +14,7 @@
 #include "FakeService.h"
 #include "TemporaryFolder.h"
 #include "UITest.h"
+#include "hosts/common/History.h"
 #include "hosts/desktop/FileListModel.h"
 #include "hosts/desktop/Localized.h"
 #include "hosts/desktop/MainWindow.h"
@@ -32,13 +33,23 @@ using Call = FakeService::Call;
 /// The window on a screen, used as a person would, before a service that does what the test says.
 class DesktopTest : public test::UITest {
  protected:
-  DesktopTest() { service_.install(); }
+  DesktopTest() {
+    service_.install();
+    // Of programs that a test starts.
+    qputenv("XDG_STATE_HOME", (folder_ / "state").c_str());
+  }
   ~DesktopTest() override { window_.reset(); }
 
   /// Has the service answer a kind of call only when the gate opens.
-  std::shared_ptr<Gate> stall(Call call);
-  void refuse(Call call, const std::string& text);
+  std::shared_ptr<Gate> stall(Call call) { return service_.hold(call); }
+  void refuse(Call call, const std::string& text, int status = 413);
   std::ptrdiff_t count(const std::string& call) const;
+
+  /// Closes the window. Without a file no share can be remembered.
+  void useHistory(const std::optional<std::filesystem::path>& file) {
+    window_.reset();
+    history_ = std::make_unique<host::History>(file);
+  }
 
   /// Shows the window with these files, and waits until the sheet can be typed in.
   void open(const std::vector<std::string>& files);
@@ -64,7 +75,7 @@ class DesktopTest : public test::UITest {
   /// Whether a label on the page holds the text.
   bool showsText(const QString& text) const;
   bool showsText(const char* key) const { return showsText(localized(key)); }
-  /// In the list of files in sight.
+  /// In the list in sight.
   QString cell(int row, int column) const;
   /// What a screen reader was last told.
   QString heard() const;
@@ -73,6 +84,8 @@ class DesktopTest : public test::UITest {
   const std::string first_ = folder_.write("first", "one");
   const std::string second_ = folder_.write("second", "two");
   FakeService service_;
+  std::unique_ptr<host::History> history_ =
+      std::make_unique<host::History>(folder_ / "state/quillbay/history.sqlite");
   std::unique_ptr<MainWindow> window_;
 };
 

@@ -50,7 +50,22 @@ TEST_F(FilesTest, AFileStandsInTheListOnceHoweverOftenItIsAdded) {
   EXPECT_TRUE(files.add({QUrl::fromLocalFile(QString::fromStdString(path))}).isEmpty());
   EXPECT_EQ(files.paths(), std::vector{path});
   EXPECT_EQ(files.byteCount(0), 5U);
-  EXPECT_TRUE(files.summary().startsWith("notes & résumé.txt (5"));
+  EXPECT_EQ(files.name(0), "notes & résumé.txt");
+}
+
+TEST_F(FilesTest, OfManyFilesOnlyTheRowsThatChangeAreDrawnAnew) {
+  FileListModel model;
+  model.setFiles(std::vector<FileListModel::File>(2000, {"name", 1}));
+  model.setProgress({}, std::nullopt);
+  QList<int> rows;
+  QObject::connect(&model, &QAbstractItemModel::dataChanged, [&](const auto& from, const auto& to) {
+    for (int row = from.row(); row <= to.row(); ++row) rows.append(row);
+  });
+  const std::vector<std::size_t> arrived = {1999, 1998};
+  model.setProgress(arrived, FileListModel::Upload{1997, 40});
+  EXPECT_EQ(rows, QList({1999, 1998, 1997}));
+  model.setProgress(arrived, FileListModel::Upload{1997, 40});
+  EXPECT_EQ(rows.size(), 3);
 }
 
 TEST_F(FilesTest, ThePreviewIsTheFirstPictureThatReads) {

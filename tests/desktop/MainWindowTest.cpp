@@ -56,10 +56,28 @@ TEST_F(MainWindowTest, TheBarMovesAndScreenReadersHearTheLinkEachTenthAndTheEnd)
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.percent").arg(50); }));
   const auto& bar = *window_->findChild<QProgressBar*>();
   EXPECT_EQ(bar.value() * 2, bar.maximum());
-  EXPECT_EQ(cell(0, FileListModel::state), localized("files.uploading"));
+  EXPECT_EQ(cell(0, FileListModel::state), localized("files.uploading").arg(0));
   EXPECT_EQ(cell(1, FileListModel::state), localized("files.uploaded"));
   gates[1]->open();
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.done"); }));
+}
+
+TEST_F(MainWindowTest, TheLinkStaysUsableWhileTheNextTryIsAwaited) {
+  refuse(Call::finalize, "busy", 503);
+  open({first_, second_});
+  share("run.uploading");
+  ASSERT_TRUE(waitUntil([] { return button("run.retry") != nullptr; }));
+  EXPECT_TRUE(showsText("busy"));
+  EXPECT_EQ(heard(), localized("run.waiting").arg(1).arg(1).arg(5));
+  QApplication::clipboard()->clear();
+  press(Qt::Key_Return);
+  EXPECT_EQ(QApplication::clipboard()->text(), FakeService::link);
+  service_.setHook(Call::finalize, {});
+  button("run.retry")->setFocus();
+  press(Qt::Key_Space);
+  EXPECT_TRUE(field(true)->hasFocus()) << "and not the button that cancels";
+  waitUntilShown("run.done");
+  EXPECT_EQ(count("create"), 1);
 }
 
 TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
@@ -117,6 +135,7 @@ TEST_F(MainWindowTest, AFailureIsToldOnThePageOfTheFormWithTheStateOfTheLink) {
     const auto created = count("create");
     refuse(row.refused, "<b>No space</b> left");
     if (row.linkState == LinkState::left) refuse(Call::deleteSession, "no");
+    useHistory(std::nullopt);
     open({first_});
     share("failure.title");
     EXPECT_TRUE(heard().startsWith(localized("failure.title")));
@@ -192,21 +211,25 @@ TEST_F(MainWindowTest, APageTakesNothingAtFirstAndWhatEndsOrDeletesIsWhereNoButt
 TEST_F(MainWindowTest, ALinkIsNotLostUnseen) {
   struct Row {
     const char* name;
+    bool isRemembered;
     bool isCopiedBefore;
     const char* answer;
     bool closes;
   };
-  for (const Row& row :
-       {Row{"copied before", true, nullptr, true}, Row{"copied now", false, "run.copy", true},
-        Row{"given up", false, "uncopied.drop", true},
-        Row{"kept", false, "uncopied.back", false}}) {
+  for (const Row& row : {Row{"copied before", false, true, nullptr, true},
+                         Row{"copied now", false, false, "run.copy", true},
+                         Row{"given up", false, false, "uncopied.drop", true},
+                         Row{"kept", false, false, "uncopied.back", false},
+                         Row{"to be found again", true, false, nullptr, true}}) {
     SCOPED_TRACE(row.name);
+    useHistory(row.isRemembered ? std::optional(folder_ / "history") : std::nullopt);
     QApplication::clipboard()->clear();
     open({first_});
     share("run.done");
+    EXPECT_TRUE(showsText(row.isRemembered ? "run.remembered" : "run.not-remembered"));
     if (row.isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
     click("run.close");
-    EXPECT_EQ(message() != nullptr, !row.isCopiedBefore);
+    EXPECT_EQ(message() != nullptr, row.answer != nullptr);
     if (row.answer != nullptr) click(row.answer, message());
     EXPECT_EQ(!window_->isVisible(), row.closes);
     const bool isCopied = row.isCopiedBefore || QString("run.copy") == row.answer;
@@ -246,26 +269,31 @@ TEST_F(MainWindowTest, TerminationIsBoundedAndTellsWhatIsLeft) {
   }
 }
 
-TEST_F(MainWindowTest, EverythingOfARunHasANameAndIsReachedByKeyboard) {
+TEST_F(MainWindowTest, EverythingHasANameAndIsReachedByKeyboard) {
   open({first_});
   share("run.done");
   click("run.qr-code");
-  QSet<QWidget*> missing;
-  int graphics = 0;
-  for (QWidget* const widget : window_->findChildren<QWidget*>()) {
-    QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(widget);
-    const bool isGraphic = interface->role() == QAccessible::Graphic;
-    if (!widget->isVisible() || (widget->focusPolicy() == Qt::NoFocus && !isGraphic)) continue;
-    graphics += isGraphic ? 1 : 0;
-    if (!isGraphic) missing.insert(widget);
-    EXPECT_FALSE(interface->text(QAccessible::Name).isEmpty()) << widget->metaObject()->className();
+  for (const int expectedGraphics : {1, 0}) {
+    QSet<QWidget*> missing;
+    int graphics = 0;
+    for (QWidget* const widget : window_->findChildren<QWidget*>()) {
+      QAccessibleInterface* const interface = QAccessible::queryAccessibleInterface(widget);
+      const bool isGraphic = interface->role() == QAccessible::Graphic;
+      const bool isReached = widget->focusPolicy() != Qt::NoFocus && widget->isEnabled();
+      if (!widget->isVisible() || (!isReached && !isGraphic)) continue;
+      graphics += isGraphic ? 1 : 0;
+      if (!isGraphic) missing.insert(widget);
+      EXPECT_FALSE(interface->text(QAccessible::Name).isEmpty())
+          << widget->metaObject()->className();
+    }
+    EXPECT_EQ(graphics, expectedGraphics) << "the QR code";
+    for (qsizetype presses = 2 * missing.size(); presses > 0 && !missing.isEmpty(); --presses) {
+      missing.remove(QApplication::focusWidget());
+      press(Qt::Key_Tab);
+    }
+    EXPECT_TRUE(missing.isEmpty());
+    if (expectedGraphics == 1) click("shares.show");
   }
-  EXPECT_EQ(graphics, 1) << "the QR code";
-  for (qsizetype presses = 2 * missing.size(); presses > 0 && !missing.isEmpty(); --presses) {
-    missing.remove(QApplication::focusWidget());
-    press(Qt::Key_Tab);
-  }
-  EXPECT_TRUE(missing.isEmpty());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <csignal>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -12,7 +13,7 @@
 
 #include "DesktopTest.h"
 #include "hosts/desktop/Language.h"
-#include "hosts/desktop/Notification.h"
+#include "hosts/desktop/Notifications.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -75,36 +76,90 @@ TEST_F(SystemTest, EverythingIsInOneLanguage) {
   QLocale::setDefault(before);
 }
 
-/// A notification service that keeps what it is told.
-class Notifications : public QDBusVirtualObject {
+/// What a desktop offers to programs, seen from its side of the bus.
+class Desktop : public QDBusVirtualObject {
+  Q_OBJECT
+
  public:
+  Desktop() {
+    EXPECT_TRUE(bus_.registerService("org.freedesktop.Notifications"));
+    EXPECT_TRUE(bus_.registerVirtualObject(kPath, this));
+    EXPECT_TRUE(bus_.connect("", "", "com.canonical.Unity.LauncherEntry", "Update", this,
+                             SLOT(update(QString, QVariantMap))));
+  }
+  ~Desktop() override { QDBusConnection::disconnectFromBus("desktop"); }
+
   QString introspect(const QString& /*path*/) const override { return {}; }
   bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
     if (message.member() != "Notify") return false;
-    calls.append(message.arguments());
-    return connection.send(message.createReply(1U));
+    notifications_.append(message.arguments());
+    return connection.send(message.createReply(static_cast<uint>(notifications_.size())));
   }
-  QList<QVariantList> calls;
+  void press(uint notification, const QString& key) {
+    bus_.send(QDBusMessage::createSignal(kPath, "org.freedesktop.Notifications", "ActionInvoked")
+              << notification << key);
+  }
+
+  static constexpr const char* kPath = "/org/freedesktop/Notifications";
+  QDBusConnection bus_ = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "desktop");
+  QList<QVariantList> notifications_;
+  std::pair<QString, QVariantMap> latestUpdate_;
+
+ public slots:
+  void update(const QString& entry, const QVariantMap& properties) {
+    latestUpdate_ = {entry, properties};
+  }
 };
 
-TEST_F(SystemTest, TheDesktopIsNotifiedUnlessTheWindowIsInFront) {
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) GTEST_SKIP() << "run under dbus-run-session";
-  Notifications service;
-  ASSERT_TRUE(bus.registerService("org.freedesktop.Notifications"));
-  ASSERT_TRUE(bus.registerVirtualObject("/org/freedesktop/Notifications", &service));
+TEST_F(SystemTest, TheDesktopShowsTheProgressAndANotificationThatCopiesTheLink) {
+  if (!QDBusConnection::sessionBus().isConnected()) GTEST_SKIP() << "run under dbus-run-session";
+  Desktop desktop;
+  QGuiApplication::setDesktopFileName("desktop-file");
+  const auto gate = std::make_shared<Gate>();
+  service_.setHook(Call::uploadUrl, [=](const Request& request, Reply ordinary) {
+    if (request.target().contains("item-1")) ordinary.sendAfter = gate;
+    return ordinary;
+  });
+  open({first_, second_});
+  share("run.uploading");
+  const QString entry = "application://desktop-file.desktop";
+  EXPECT_TRUE(waitUntil([&] {
+    const auto [name, update] = desktop.latestUpdate_;
+    return name == entry && update.value("progress-visible") == true &&
+           update.value("progress") == 0.5;
+  }));
   QWidget front;
-  front.show();
-  front.activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&front));
+  test::showActive(front);
+  gate->open();
+  ASSERT_TRUE(waitUntil([&] { return !desktop.notifications_.isEmpty(); }));
+  EXPECT_TRUE(waitUntil([&] { return desktop.latestUpdate_.second["progress-visible"] == false; }));
+  EXPECT_EQ(desktop.notifications_.front().value(4), FakeService::link);
+  EXPECT_EQ(desktop.notifications_.front().value(5).toStringList(),
+            QStringList({"0", "Copy Link", "1", "Open in Browser"}));
+  QApplication::clipboard()->clear();
+  EXPECT_TRUE(waitUntil([&] {
+    desktop.press(1, "0");
+    return QApplication::clipboard()->text() == FakeService::link;
+  }));
+
   QWidget back;
-  notify(front, "not told", "");
-  notify(back, "Done", "<b>link</b>");
-  ASSERT_TRUE(waitUntil([&] { return !service.calls.isEmpty(); }));
-  EXPECT_EQ(service.calls.front().value(3), "Done");
-  EXPECT_EQ(service.calls.front().value(4), "&lt;b&gt;link&lt;/b&gt;") << "bodies are markup";
-  bus.unregisterObject("/org/freedesktop/Notifications");
+  Notifications inFront(front);
+  Notifications inBack(back);
+  QStringList performed;
+  inFront.show("not told", "");
+  inBack.show("Done", "<b>link</b>",
+              {{"A", [&] { performed << "A"; }}, {"B", [&] { performed << "B"; }}});
+  ASSERT_TRUE(waitUntil([&] {
+    desktop.press(1, "0");
+    desktop.press(2, "default");
+    desktop.press(2, "1");
+    return !performed.isEmpty();
+  }));
+  EXPECT_EQ(performed.front(), "B") << "the others are not ours";
+  EXPECT_EQ(desktop.notifications_[1].value(4), "&lt;b&gt;link&lt;/b&gt;") << "bodies are markup";
 }
 
 }  // namespace
 }  // namespace quillbay::desktop
+
+#include "SystemTest.moc"

@@ -1,0 +1,158 @@
+#include "hosts/common/FolderArchive.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TemporaryFolder.h"
+#include "Waiting.h"
+#include "hosts/common/PrivateFolder.h"
+
+namespace quillbay::test {
+namespace {
+
+namespace fs = std::filesystem;
+using host::FolderPacking;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint64_t kLargeByteCount = 64 * 1024 * 1024;
+
+class FolderArchiveTest : public testing::Test {
+ protected:
+  FolderArchiveTest() { fs::create_directory(archives_); }
+
+  void start(const std::vector<std::string>& folders) {
+    result_.reset();
+    packing_.emplace(folders, archives_,
+                     [this](FolderPacking::Result result) { result_ = std::move(result); });
+  }
+  void pack(const std::vector<std::string>& folders) {
+    start(folders);
+    ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
+  }
+  /// Once the packing is in the middle of a large file.
+  void startLarge() {
+    folder_.writeSparse("docs/large", kLargeByteCount);
+    start({folder_ / "docs"});
+    ASSERT_TRUE(waitUntil([this] { return packing_->progress().packedByteCount > 0; }));
+  }
+  static bool unzips(const std::string& archive, const std::string& options) {
+    return std::system(("LC_ALL=C.UTF-8 unzip " + options + " '" + archive + "' >/dev/null 2>&1")
+                           .c_str()) == 0;
+  }
+
+  const TemporaryFolder folder_;
+  const bool hasFolder_ = fs::create_directories(folder_ / "docs/sub/empty");
+  const fs::path archives_ = folder_ / "docs/archives";
+  std::optional<FolderPacking::Result> result_;
+  std::optional<FolderPacking> packing_;
+};
+
+TEST_F(FolderArchiveTest, HoldsWhatTheFolderHolds) {
+  const fs::path script = folder_.write("docs/sub/Größe 🎈.sh", "#!/bin/sh");
+  const std::string pattern = patternedBytes(300'000);
+  folder_.write("docs/pattern", pattern);
+  folder_.write("docs/none", "");
+  fs::permissions(script, fs::perms::owner_all);
+  const auto longAgo = fs::last_write_time(script) - std::chrono::years(20);
+  fs::last_write_time(script, longAgo);
+  fs::last_write_time(folder_ / "docs/sub", longAgo);
+  fs::create_symlink("/etc", folder_ / "docs/link");
+  ASSERT_EQ(::mkfifo((folder_ / "docs/pipe").c_str(), 0600), 0);
+  fs::create_directories(folder_ / "other/docs");
+
+  pack({folder_ / "docs/", folder_ / "other/docs/."});
+  ASSERT_TRUE(*result_) << result_->error();
+  const auto& archives = **result_;
+  EXPECT_THAT(archives[0].omissions, ElementsAre(HasSubstr("/docs/link' is a symbolic link"),
+                                                 HasSubstr("/docs/pipe' is a pipe")));
+  EXPECT_TRUE(archives[0].path.ends_with("/docs.zip"));
+  EXPECT_TRUE(archives[1].path.ends_with("/docs.zip"));
+  EXPECT_EQ(packing_->progress().folderIndex, 1U);
+
+  // Its head of 30 bytes stands before the name; bit 11 of the flags at offset 6 means UTF-8.
+  const std::string bytes = readFile(archives[0].path);
+  EXPECT_TRUE(bytes.at(bytes.find("docs/sub/Gr") - 30 + 7) & 0x08);
+  ASSERT_TRUE(unzips(archives[0].path, "-d '" + (folder_ / "out").string() + "'"));
+  std::map<std::string, std::string> contents;
+  for (const auto& entry : fs::recursive_directory_iterator(folder_ / "out")) {
+    contents[entry.path().lexically_relative(folder_ / "out")] =
+        entry.is_directory() ? "folder" : readFile(entry);
+  }
+  EXPECT_EQ(contents, (std::map<std::string, std::string>{{"docs", "folder"},
+                                                          {"docs/none", ""},
+                                                          {"docs/pattern", pattern},
+                                                          {"docs/sub", "folder"},
+                                                          {"docs/sub/Größe 🎈.sh", "#!/bin/sh"},
+                                                          {"docs/sub/empty", "folder"}}));
+  for (const char* name : {"docs/sub", "docs/sub/Größe 🎈.sh"}) {
+    // The format counts whole seconds.
+    EXPECT_LT(std::chrono::abs(longAgo - fs::last_write_time(folder_ / "out" / name)),
+              std::chrono::seconds(1));
+  }
+  EXPECT_EQ(fs::status(folder_ / "out/docs/sub/Größe 🎈.sh").permissions(), fs::perms::owner_all);
+}
+
+TEST_F(FolderArchiveTest, WhatCannotBePackedIsNamed) {
+  folder_.write("file", "");
+  fs::create_directory(folder_ / "bad");
+  folder_.write("bad/name\xff", "");
+  const struct {
+    const char* folder;
+    const char* reason;
+  } rows[] = {{"missing", "missing': No such file"},
+              {"file", "file': Not a directory"},
+              {"bad", "bad/name\\xff': the name is not UTF-8"}};
+  for (const auto& row : rows) {
+    pack({folder_ / row.folder});
+    ASSERT_FALSE(*result_) << row.folder;
+    EXPECT_THAT(result_->error(), HasSubstr(row.reason));
+    fs::remove_all(archives_ / "0");
+  }
+}
+
+TEST_F(FolderArchiveTest, AFileThatChangesMeanwhileEndsThePacking) {
+  folder_.write("docs/z", "content");
+  startLarge();
+  EXPECT_EQ(packing_->progress().totalByteCount, kLargeByteCount + 7);
+  folder_.write("docs/z", "changed content");
+  ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
+  ASSERT_FALSE(*result_);
+  EXPECT_THAT(result_->error(), HasSubstr("docs/z' changed while it was being packed"));
+}
+
+TEST_F(FolderArchiveTest, DestroyingItStopsIt) {
+  startLarge();
+  packing_.reset();
+  drainMainQueue();
+  EXPECT_FALSE(result_);
+  EXPECT_FALSE(unzips(archives_ / "0/docs.zip", "-t")) << "it was packed to the end";
+}
+
+TEST(PrivateFolder, IsForThisUserAloneAndGoesAway) {
+  const TemporaryFolder place;
+  ::setenv("TMPDIR", place.path().c_str(), 1);
+  fs::path path;
+  {
+    host::PrivateFolder folder;
+    EXPECT_TRUE(fs::is_empty(place.path()));
+    path = folder.path();
+    EXPECT_EQ(path, folder.path());
+    EXPECT_EQ(path.parent_path(), place.path());
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
+    fs::create_directories(path / "a/b");
+  }
+  EXPECT_FALSE(fs::exists(path));
+  ::unsetenv("TMPDIR");
+}
+
+}  // namespace
+}  // namespace quillbay::test

@@ -1,0 +1,202 @@
+#include "hosts/common/History.h"
+
+#include <QuillbayPlatform/JSONDecoder.h>
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "TemporaryFolder.h"
+
+namespace quillbay::test {
+namespace {
+
+using host::History;
+using host::RememberedFile;
+using host::RememberedShare;
+using State = RememberedShare::State;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+cloud::Session session(const std::string& identifier, const std::string& expiration = "null") {
+  const std::string text = R"({"id":")" + identifier + R"(","token":"secret","url":"https://q/)" +
+                           identifier + R"(","title":"T","expiration":)" + expiration +
+                           R"(,"items":[{"id":"1","is_uploaded":false,"fingerprint":"f"}]})";
+  return platform::JSONDecoder().decode<cloud::Session>(text).value();
+}
+
+platform::Date instant(double seconds) { return platform::dateFromSecondsSince1970(seconds); }
+
+unsigned permissions(const std::filesystem::path& path) {
+  struct stat status{};
+  EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
+  return status.st_mode & 07777;
+}
+
+class HistoryTest : public testing::Test {
+ protected:
+  std::int64_t add(History& history, const std::string& identifier, double created = 0,
+                   const std::string& expiration = "null") const {
+    return history.add("host-1", session(identifier, expiration),
+                       cloud::SessionLinkType::directLink, files_, instant(created));
+  }
+  std::vector<std::string> identifiers(History& history) const {
+    std::vector<std::string> found;
+    for (const auto& share : history.shares()) found.push_back(share.session.identifier());
+    return found;
+  }
+
+  const TemporaryFolder folder_;
+  const std::filesystem::path file_ = folder_ / "state/quillbay/history.sqlite";
+  const std::vector<RememberedFile> files_ = {{"/a/b\xFF", 5, false}, {"/c", 7, false}};
+};
+
+TEST_F(HistoryTest, RemembersAShareAndWhatBecomesOfIt) {
+  std::int64_t identifier = 0;
+  {
+    History history(file_);
+    identifier = add(history, "s1", 12.5, "1767225600");
+    history.noteArrival(identifier, 1);
+    ASSERT_EQ(history.newest()->state, State::uploading);
+    history.setState(identifier, State::unfinished);
+  }
+  History history(file_);
+  const auto share = history.find("https://q/s1");
+  ASSERT_TRUE(share) << history.problem().value_or("");
+  EXPECT_EQ(share->identifier, identifier);
+  EXPECT_EQ(share->created, instant(12.5));
+  EXPECT_EQ(share->instanceIdentifier, "host-1");
+  EXPECT_EQ(share->session, session("s1", "1767225600"));
+  EXPECT_EQ(share->linkType, cloud::SessionLinkType::directLink);
+  EXPECT_EQ(share->state, State::unfinished);
+  EXPECT_EQ(share->fileCount, 2U);
+  EXPECT_EQ(share->arrivedFileCount, 1U);
+  EXPECT_EQ(share->byteCount, 12U);
+  EXPECT_THAT(history.files(identifier), ElementsAre(files_[0], RememberedFile{"/c", 7, true}));
+}
+
+TEST_F(HistoryTest, FindsByLinkOrSessionAndForgets) {
+  History history(file_);
+  add(history, "old", 1, "100");
+  add(history, "new", 2, "300");
+  add(history, "endless", 3);
+  EXPECT_THAT(identifiers(history), ElementsAre("endless", "new", "old"));
+  EXPECT_EQ(history.newest()->session.identifier(), "endless");
+  EXPECT_EQ(history.find("new")->session.identifier(), "new");
+  EXPECT_FALSE(history.find("ne"));
+  history.setState(add(history, "gone", 4), State::deleted);
+  EXPECT_EQ(history.forgetExpired(instant(200)), 2U);
+  history.forget(history.find("new")->identifier);
+  EXPECT_THAT(identifiers(history), ElementsAre("endless"));
+  EXPECT_FALSE(history.problem());
+}
+
+TEST_F(HistoryTest, OneProcessAtATimeUploadsAShare) {
+  History history(file_);
+  const std::int64_t identifier = add(history, "s1");
+  EXPECT_FALSE(History(file_).claim(identifier)) << "this process uploads it";
+  history.setState(identifier, State::unfinished);
+  EXPECT_TRUE(history.claim(identifier));
+  EXPECT_EQ(history.newest()->state, State::uploading);
+  EXPECT_FALSE(history.claim(identifier));
+  EXPECT_FALSE(history.claim(99));
+  EXPECT_FALSE(history.problem()) << history.problem().value_or("");
+}
+
+TEST_F(HistoryTest, IsForTheUserAloneWhateverWasThereBefore) {
+  std::filesystem::create_directories(file_.parent_path());
+  std::ofstream(file_).close();
+  ::chmod(file_.c_str(), 0666);
+  ::chmod(file_.parent_path().c_str(), 0777);
+  History history(file_);
+  add(history, "s1");
+  EXPECT_EQ(permissions(file_.parent_path()), 0700U);
+  for (const auto& entry : std::filesystem::directory_iterator(file_.parent_path())) {
+    EXPECT_EQ(permissions(entry), 0600U) << entry;
+  }
+}
+
+TEST_F(HistoryTest, OneThatCannotBeUsedSaysWhyAndDoesNothing) {
+  std::filesystem::create_directories(folder_ / "corrupt");
+  const std::filesystem::path corrupt = folder_.write("corrupt/history.sqlite", "no database");
+  const std::filesystem::path link = folder_ / "link.sqlite";
+  std::filesystem::create_symlink(corrupt, link);
+  const std::pair<std::optional<std::filesystem::path>, const char*> rows[] = {
+      {std::nullopt, "XDG_STATE_HOME"},
+      {corrupt, "not a database"},
+      {"/proc/quillbay/history.sqlite", "/proc/quillbay"},
+      {link, "symbolic links"},
+      {folder_ / "corrupt/history.sqlite/x/y", "Not a directory"},
+  };
+  for (const auto& [file, reason] : rows) {
+    History history(file);
+    EXPECT_THAT(history.problem().value_or("no problem"), HasSubstr(reason));
+    EXPECT_EQ(add(history, "s1"), 0);
+    EXPECT_TRUE(history.shares().empty());
+  }
+}
+
+TEST_F(HistoryTest, LeavesADatabaseOfANewerVersionAlone) {
+  {
+    History history(file_);
+  }
+  SQLite::Database(file_, SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 99");
+  History history(file_);
+  EXPECT_THAT(history.problem().value_or(""), HasSubstr("newer version"));
+}
+
+/// Adds shares until it is killed.
+void addForEver(const std::filesystem::path& file, const std::vector<RememberedFile>& files) {
+  History history(file);
+  for (int number = 0; !history.problem(); ++number) {
+    const auto identifier = history.add("host-1", session("s" + std::to_string(number)),
+                                        cloud::SessionLinkType::page, files, instant(number));
+    history.noteArrival(identifier, 0);
+  }
+  ::_exit(1);
+}
+
+TEST_F(HistoryTest, SurvivesTwoProcessesThatAreKilledAtAnyWrite) {
+  for (int round = 0; round < 10; ++round) {
+    pid_t children[2] = {};
+    for (pid_t& child : children) {
+      child = ::fork();
+      if (child == 0) addForEver(file_, files_);
+    }
+    History history(file_);
+    const std::size_t before = history.shares().size();
+    while (!history.problem() && history.shares().size() < before + 20U) {
+    }
+    for (const pid_t child : children) {
+      ::kill(child, SIGKILL);
+      int status = 0;
+      ::waitpid(child, &status, 0);
+      EXPECT_TRUE(WIFSIGNALED(status)) << "a process met a problem of its own";
+    }
+    for (const auto& share : history.shares()) {
+      ASSERT_EQ(share.fileCount, 2U) << "half of a share is remembered";
+      ASSERT_EQ(share.state, State::unfinished) << "its process is gone";
+    }
+    EXPECT_FALSE(history.problem()) << history.problem().value_or("");
+  }
+}
+
+TEST(History, StandsWhereTheUsersStateBelongs) {
+  const auto fileFor = [](const char* state, const char* home) {
+    return History::standardFile([=](std::string_view name) -> std::optional<std::string> {
+      const char* value = name == "XDG_STATE_HOME" ? state : name == "HOME" ? home : nullptr;
+      return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+    });
+  };
+  EXPECT_EQ(fileFor("/s", "/h"), "/s/quillbay/history.sqlite");
+  EXPECT_EQ(fileFor("relative", "/h"), "/h/.local/state/quillbay/history.sqlite");
+  EXPECT_EQ(fileFor(nullptr, ""), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quillbay::test
