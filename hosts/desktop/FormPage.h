@@ -10,6 +10,8 @@
 
 #include "NoticePanel.h"
 
+class QMimeData;
+
 namespace quillbay::desktop {
 
 class FilesPanel;
