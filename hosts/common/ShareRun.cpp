@@ -263,13 +263,13 @@ std::uint64_t ShareRun::sentByteCount() const {
 double ShareRun::sentFractionOfFile() const {
   const auto& file = activity().file;
   if (!file || files_.byteCount(file->index) == 0) return 0;
-  const double others = static_cast<double>(files_.byteCount(arrivedItems_));
+  const auto others = static_cast<double>(files_.byteCount(arrivedItems_));
   const double sent = static_cast<double>(sentByteCount()) - others;
   return std::clamp(sent / static_cast<double>(files_.byteCount(file->index)), 0.0, 1.0);
 }
 
 bool ShareRun::isRemembered() const {
-  return history_ && historyIdentifier_ != 0 && !history_->problem();
+  return history_ != nullptr && historyIdentifier_ != 0 && !history_->problem();
 }
 
 void ShareRun::setPhase(Phase phase) {

@@ -6,10 +6,12 @@ namespace {
 
 constexpr std::size_t controlByteCount = 3;
 
-/// UTF-8 keeps the order of the code points.
+/// U+202A to U+202E and U+2066 to U+2069, by their bytes in UTF-8.
 bool isBidiControl(std::string_view character) {
-  return (character >= "\u202A" && character <= "\u202E") ||
-         (character >= "\u2066" && character <= "\u2069");
+  if (character.size() != controlByteCount || character[0] != '\xE2') return false;
+  const char last = character[2];
+  return (character[1] == '\x80' && last >= '\xAA' && last <= '\xAE') ||
+         (character[1] == '\x81' && last >= '\xA6' && last <= '\xA9');
 }
 
 }  // namespace
