@@ -63,6 +63,7 @@ FilesPanel::FilesPanel(FileSelection& files, Actions actions)
 
 void FilesPanel::filesChanged() {
   std::vector<FileListModel::File> rows;
+  rows.reserve(files_.count());
   for (std::size_t row = 0; row < files_.count(); ++row) {
     rows.push_back({files_.name(row), files_.byteCount(row)});
   }

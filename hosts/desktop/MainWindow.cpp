@@ -41,8 +41,8 @@ constexpr std::chrono::seconds kCleanUpBound{5};
 
 }  // namespace
 
-MainWindow::MainWindow(const Arguments& arguments, host::History& history)
-    : arguments_(arguments),
+MainWindow::MainWindow(Arguments arguments, host::History& history)
+    : arguments_(std::move(arguments)),
       history_(history),
       guard_(*this),
       dialogs_(*this, guard_),

@@ -36,7 +36,7 @@ class SharesPage;
 class MainWindow : public QWidget, private host::ShareRun::Presenter {
  public:
   /// `history` outlives the window.
-  MainWindow(const Arguments& arguments, host::History& history);
+  MainWindow(Arguments arguments, host::History& history);
   ~MainWindow() override;
 
   /// Ends what runs, deletes the session of a new share, and closes the window, all without a

@@ -70,6 +70,7 @@ RunPage::RunPage(const host::ShareRun& run, Actions actions)
 void RunPage::setUpFiles() {
   const host::SharedFiles& files = run_.files();
   std::vector<FileListModel::File> rows;
+  rows.reserve(files.count());
   for (std::size_t index = 0; index < files.count(); ++index) {
     rows.push_back({shownName(files.urls()[index].lastPathComponent()), files.byteCount(index)});
   }
