@@ -45,7 +45,7 @@ host::ShareRun::Settings settingsFor(const CommonOptions& options, int retryCoun
           .network = options.network};
 }
 
-platform::Date now() { return platform::Date(std::chrono::system_clock::now()); }
+platform::Date now() { return std::chrono::system_clock::now(); }
 
 /// What is wrong with a password, for people, if anything.
 std::optional<std::string> passwordProblem(const std::string& password) {
