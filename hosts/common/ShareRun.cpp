@@ -20,6 +20,12 @@ std::chrono::seconds retryDelay(int attempt) {
   return std::chrono::seconds(1 << std::min(attempt - 1, kMaximumDoublings));
 }
 
+/// Null once the run has gone. Keeps no reference: the run asks later whether a call released it.
+ShareRun* runOf(const std::weak_ptr<ShareRun*>& self) {
+  const auto run = self.lock();
+  return run ? *run : nullptr;
+}
+
 RememberedShare::State rememberedState(ShareRun::SessionFate fate) {
   using Fate = ShareRun::SessionFate;
   if (fate == Fate::complete) return RememberedShare::State::complete;
@@ -63,14 +69,14 @@ void ShareRun::work() {
   arrivedByteCount_ = files_.byteCount(arrivedItems_);
   estimate_.restart(now());
   auto report = [self = std::weak_ptr(self_)](const SessionResult& result) {
-    if (const auto run = self.lock()) (*run)->completed(result);
+    if (ShareRun* const run = runOf(self)) run->completed(result);
   };
   if (session_) {
     controller_->resumeSession(*session_, arrivedItems_, std::move(report));
   } else {
     controller_->createSession(
         [self = std::weak_ptr(self_)](const Session& session) {
-          if (const auto run = self.lock()) (*run)->sessionCreated(session);
+          if (ShareRun* const run = runOf(self)) run->sessionCreated(session);
         },
         std::move(report));
   }
@@ -215,8 +221,9 @@ void ShareRun::deleteSession() {
   SessionController::deleteSession(session_->identifier(), context_.instanceIdentifier(),
                                    session_->token().value_or(""),
                                    [self = std::weak_ptr(self_)](const auto& result) {
-                                     if (const auto run = self.lock())
-                                       (*run)->deletionCompleted(result);
+                                     if (ShareRun* const run = runOf(self)) {
+                                       run->deletionCompleted(result);
+                                     }
                                    });
   setPhase(Phase::deleting);
 }
