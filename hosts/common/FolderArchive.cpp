@@ -6,6 +6,7 @@
 #include <archive_entry.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -152,6 +153,13 @@ class ZIPFile {
     check(::archive_write_open_fd(archive_.get(), file_.get()));
   }
 
+  ZIPFile(const ZIPFile&) = delete;
+  ZIPFile& operator=(const ZIPFile&) = delete;
+  /// Leaves no file that is not complete.
+  ~ZIPFile() {
+    if (!isComplete_) ::unlink(path_.c_str());
+  }
+
   void begin(const std::string& name, const Entry& entry) {
     const std::unique_ptr<archive_entry, decltype(&::archive_entry_free)> header(
         ::archive_entry_new(), ::archive_entry_free);
@@ -169,15 +177,15 @@ class ZIPFile {
     check(count < 0 ? static_cast<int>(count) : ARCHIVE_OK);
   }
 
-  void close() { check(::archive_write_close(archive_.get())); }
+  void close() {
+    check(::archive_write_close(archive_.get()));
+    isComplete_ = true;
+  }
 
  private:
+  /// Completes an archive that is still open: without that, libarchive keeps the compressor.
   struct Discard {
-    void operator()(archive* handle) const noexcept {
-      // Freeing one that is open would complete it first.
-      ::archive_write_fail(handle);
-      ::archive_write_free(handle);
-    }
+    void operator()(archive* handle) const noexcept { ::archive_write_free(handle); }
   };
 
   static FileDescriptor created(const fs::path& path) {
@@ -197,6 +205,7 @@ class ZIPFile {
   const fs::path path_;
   const FileDescriptor file_;
   const std::unique_ptr<archive, Discard> archive_;
+  bool isComplete_ = false;
 };
 
 /// "photos" for "photos" and "./photos/"; the folder's own name for ".".
