@@ -18,7 +18,7 @@
 namespace quillbay::cloud {
 
 /// Internal: runs requests to the sharing service and classifies the replies. Immutable; any
-/// thread. Requests may run side by side and need nobody to hold the client. None is retried here;
+/// thread. Requests may run side by side and outlive the client. None is retried here;
 /// URLSession.h says what the transport may send again.
 class Webservice {
  public:

@@ -292,7 +292,7 @@ std::expected<int, std::string> checkedRetryCount(const std::optional<std::strin
   return std::stoi(*text);
 }
 
-/// The one share that a command is about; absent if `otherFlag` stands for it.
+/// The one share that a command is about; absent if `otherFlag` is given instead.
 std::expected<std::optional<std::string>, std::string> checkedShare(
     const std::vector<std::string>& operands, bool hasOtherFlag, const std::string& otherFlag) {
   if (operands.empty() && hasOtherFlag) return std::nullopt;

@@ -13,7 +13,7 @@ namespace quillbay::cli {
 /// A sentence for each file that cannot be shared, and why.
 std::vector<std::string> fileProblems(const host::SharedFiles& files);
 
-/// A sentence for each file that stands in the list under several paths: it can be shared, but will
+/// A sentence for each file that the list names by several paths: it can be shared, but will
 /// be uploaded once for each.
 std::vector<std::string> fileAliases(const host::SharedFiles& files);
 

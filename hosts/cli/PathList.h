@@ -13,7 +13,7 @@ class Interruption;
 /// How the paths of a list are told apart.
 enum class PathSeparator { newline, null };
 
-/// Reads the paths that stand in `file`, as they are; "-" is standard input. Empty ones are passed
+/// Reads the paths listed in `file`, as they are; "-" is standard input. Empty ones are passed
 /// over. A list without a path, one of more than 64 MiB, and one of lines that holds a NUL byte are
 /// refused. The wait for a pipe's other end, or for a person at a terminal, ends at the first
 /// Ctrl-C.

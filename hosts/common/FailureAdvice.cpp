@@ -258,7 +258,7 @@ std::string_view headlineKey(const CauseRow& row, Step step) {
   return "step.fingerprinting";
 }
 
-/// What stands for the {names} in the texts.
+/// The values that replace the {names} in the texts.
 struct Values {
   std::string subject;
   /// ": " and the server's text, or nothing.
