@@ -31,10 +31,16 @@ class FakeService {
 
   /// Replaces the replies to one kind of call; an empty hook takes the replacement back.
   void setHook(Call call, Hook hook);
-  /// Answers every call of this kind with `reply`.
-  void answer(Call call, const Reply& reply);
-  /// Holds the replies to this kind of call, the ordinary ones or `reply`, until the gate opens.
-  std::shared_ptr<Gate> hold(Call call, const std::optional<Reply>& reply = std::nullopt);
+  /// Answers every call of this kind, for item `item` alone if that is not 0, with `reply`.
+  void answer(Call call, const Reply& reply, int item = 0);
+  /// Holds these replies, the ordinary ones or `reply`, until the gate opens.
+  std::shared_ptr<Gate> hold(Call call, const std::optional<Reply>& reply = std::nullopt,
+                             int item = 0);
+
+  /// What the service says when it does not do a thing.
+  static Reply refusal(int status, const std::string& message);
+  /// "Access denied", as the store says it.
+  static Reply storeRefusal(const std::string& message = "No");
 
   /// What was called, in the order of arrival: "create", "upload_url item-2", "store item-2",
   /// "finalize item-2", "delete session-1", or the request line of anything else.

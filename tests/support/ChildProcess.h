@@ -1,0 +1,57 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "TemporaryFolder.h"
+#include "hosts/common/FileDescriptor.h"
+
+namespace quillbay::test {
+
+/// A program as a process of its own, started in `folder` by a shell command without quotes that
+/// stay open. Its controlling terminal, of 80 columns, is in the test's hands. Killed and reaped
+/// when destroyed.
+class ChildProcess {
+ public:
+  /// The command is the program with its arguments, "NAME=value"s before it and redirections
+  /// behind it: "<>/dev/tty" and "2>/dev/tty" are the terminal. PATH, the locale, TERM, and the
+  /// sanitizers' variables are given, standard input is `input`.
+  ChildProcess(const std::filesystem::path& folder, const std::string& command,
+               std::string_view input = "");
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+  ~ChildProcess();
+
+  /// Everything written so far to streams that are not redirected.
+  std::string output() const { return readFile(streams_ / "output"); }
+  std::string error() const { return readFile(streams_ / "error"); }
+  const std::string& terminal() const { return shown_; }
+
+  /// Waits until `condition` holds; false if it does not within a generous bound.
+  [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
+  /// Waits until the terminal has shown `text`.
+  [[nodiscard]] bool waitToShow(const std::string& text);
+  /// Waits for the end of the process; its exit status, or 1000 and the signal that ended it, or
+  /// nothing if it does not end.
+  std::optional<int> waitForExit();
+
+  void signal(int number) const;
+  void type(const std::string& text) const;
+  bool terminalEchoes() const;
+  void turnEchoOn() const;
+
+ private:
+  /// Reads what stands in the terminal; waits a moment if there is nothing. False if there was not.
+  bool readTerminal();
+
+  const TemporaryFolder streams_;
+  pid_t process_ = -1;
+  std::optional<int> status_;
+  host::FileDescriptor terminal_;
+  std::string shown_;
+};
+
+}  // namespace quillbay::test
