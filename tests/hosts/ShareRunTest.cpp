@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "FakeService.h"
 #include "TemporaryFolder.h"
 #include "Waiting.h"
@@ -29,10 +27,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 const Reply kNoReply = Reply::none();
-const Reply kGone = Reply::json(R"({"message":"Gone","status":410})", 410);
-const Reply kDenied{.status = 403,
-                    .body = "<Error><Code>AccessDenied</Code><Message>No</Message></Error>"};
-const Reply kBusy = Reply::json(R"({"message":"Busy","status":503})", 503);
+const Reply kGone = FakeService::refusal(410, "Gone");
+const Reply kDenied = FakeService::storeRefusal();
+const Reply kBusy = FakeService::refusal(503, "Busy");
 
 /// Presents a run as lines of text.
 class TextPresenter final : public ShareRun::Presenter {
@@ -64,22 +61,29 @@ class ShareRunTest : public testing::Test {
     settings_.clock = [this] { return now_; };
   }
 
-  void make(int fileCount = 2) {
-    std::vector<std::string> paths;
-    for (int number = 1; number <= fileCount; ++number) {
-      const std::string name = "file-" + std::to_string(number);
-      paths.push_back(folder_.write(name, "content of " + name));
-    }
+  void make() {
     presenter_.lines.clear();
-    run_ =
-        std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                   host::SharedFiles(paths), settings_, history_.get(), presenter_);
+    run_ = std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
+                                      host::SharedFiles({first_, second_}), settings_,
+                                      history_.get(), presenter_);
     presenter_.run = run_.get();
   }
-
-  /// Every reply to `call` from now on.
-  void answer(Call call, const Reply& reply) {
-    service_.setHook(call, [reply](const Request&, const Reply&) { return reply; });
+  /// Of all its waits; the network recovers before the try `attempt`.
+  void runToEnd(int attempt = 100) {
+    make();
+    run_->start();
+    ASSERT_TRUE(waitForEnd(attempt));
+  }
+  /// Makes a run that continues `share`, of which a file may have arrived.
+  void makeContinued(const RememberedShare& share, const std::vector<std::size_t>& arrived) {
+    make();
+    run_->continueFrom({share.session, arrived, share.identifier});
+  }
+  RememberedShare leaveUnfinished() {
+    settings_.keepsUnfinishedSession = true;
+    service_.answer(Call::store, kDenied);
+    runToEnd();
+    return *history_->newest();
   }
   [[nodiscard]] bool waitFor(Phase phase) {
     return waitUntil([&] { return run_->phase() == phase; });
@@ -108,6 +112,8 @@ class ShareRunTest : public testing::Test {
   State remembered() { return history_->newest()->state; }
 
   const TemporaryFolder folder_;
+  const std::string first_ = folder_.write("file-1", "content of file-1");
+  const std::string second_ = folder_.write("file-2", "content of file-2");
   FakeService service_;
   ShareRun::Clock::time_point now_ = ShareRun::Clock::now();
   ShareRun::Settings settings_;
@@ -118,9 +124,7 @@ class ShareRunTest : public testing::Test {
 };
 
 TEST_F(ShareRunTest, SharesAndRemembers) {
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  runToEnd();
   EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "over"));
   EXPECT_EQ(run_->result(), Result::shared);
   EXPECT_EQ(run_->sessionFate(), Fate::complete);
@@ -133,10 +137,8 @@ TEST_F(ShareRunTest, ContinuesUnderTheSameLinkWhenTheNetworkFailsAtAnyStep) {
   for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
     for (const Reply& reply : {kNoReply, kBusy}) {
       SCOPED_TRACE(static_cast<int>(call));
-      answer(call, reply);
-      make();
-      run_->start();
-      ASSERT_TRUE(waitForEnd(2));
+      service_.answer(call, reply);
+      runToEnd(2);
       EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "wait 1", "wait 2", "over"));
       EXPECT_EQ(run_->result(), Result::shared);
       EXPECT_EQ(service_.storedBytes("item-1"), "content of file-1");
@@ -165,7 +167,7 @@ TEST_F(ShareRunTest, WaitsLongerEachTimeAndCountsAnewOnceAFileHasArrived) {
 }
 
 TEST_F(ShareRunTest, TriesAtOnceWhenAskedTo) {
-  answer(Call::store, kNoReply);
+  service_.answer(Call::store, kNoReply);
   make();
   run_->start();
   ASSERT_TRUE(waitFor(Phase::waiting));
@@ -195,10 +197,8 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
       {Call::finalize, kGone, {"session session-1", "failed", "deleting", "over"}},
   };
   for (const auto& row : rows) {
-    answer(row.call, row.reply);
-    make();
-    run_->start();
-    ASSERT_TRUE(waitForEnd());
+    service_.answer(row.call, row.reply);
+    runToEnd();
     EXPECT_EQ(presenter_.lines, row.lines);
     EXPECT_EQ(run_->result(), Result::failed);
     service_.setHook(row.call, nullptr);
@@ -206,11 +206,12 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
 }
 
 TEST_F(ShareRunTest, AFailureSaysWhichFileAndWhatBecameOfIt) {
-  answer(Call::store, kDenied);
+  const auto gate = service_.hold(Call::store, kDenied);
   make();
   run_->start();
   ASSERT_TRUE(waitForCall(Call::store));
-  std::ofstream(folder_ / "file-2", std::ios::app) << "more";
+  folder_.write("file-2", "content of file-2 and more");
+  gate->open();
   ASSERT_TRUE(waitForEnd());
   EXPECT_EQ(run_->failure()->fileIndex, 1U);
   EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileGrew);
@@ -218,31 +219,20 @@ TEST_F(ShareRunTest, AFailureSaysWhichFileAndWhatBecameOfIt) {
 }
 
 TEST_F(ShareRunTest, AFailedShareStaysWhereItCanBeContinued) {
-  settings_.keepsUnfinishedSession = true;
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(leaveUnfinished().state, State::unfinished);
   EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "failed", "over"));
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
-  EXPECT_EQ(remembered(), State::unfinished);
 
   history_.reset();
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  runToEnd();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "no history could continue it";
 
   history_ = std::make_unique<History>(folder_ / "s/history.sqlite");
-  make();
   presenter_.onSession = [this] {
     SQLite::Database(folder_ / "s/history.sqlite", SQLite::OPEN_READWRITE).exec("DROP TABLE file");
   };
-  service_.setHook(Call::store, [](const Request& request, Reply ordinary) {
-    return request.target().contains("item-1") ? kDenied : std::move(ordinary);
-  });
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  service_.answer(Call::store, kDenied, 1);
+  runToEnd();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "the history broke meanwhile";
 }
 
@@ -297,7 +287,7 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
   service_.setHook(Call::createSession, nullptr);
 
   const auto deletion = service_.hold(Call::deleteSession);
-  answer(Call::store, kDenied);
+  service_.answer(Call::store, kDenied);
   make();
   run_->start();
   ASSERT_TRUE(waitFor(Phase::deleting));
@@ -311,28 +301,19 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
 }
 
 TEST_F(ShareRunTest, AnUnconfirmedDeletionSaysWhy) {
-  answer(Call::deleteSession, kGone);
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  service_.answer(Call::deleteSession, kGone);
+  service_.answer(Call::store, kDenied);
+  runToEnd();
   EXPECT_EQ(run_->sessionFate(), Fate::perhapsThere);
   EXPECT_EQ(run_->deletionFailure()->advice.cause, host::FailureCause::deletionRefused);
 }
 
 TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
-  settings_.keepsUnfinishedSession = true;
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
-  const auto share = history_->newest();
+  const RememberedShare share = leaveUnfinished();
   const auto continueIt = [&] {
-    make();
-    run_->continueFrom({share->session, {1}, share->identifier});
+    makeContinued(share, {1});
     run_->start();
   };
-
   continueIt();
   run_->cancel();
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
@@ -351,17 +332,11 @@ TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
 }
 
 TEST_F(ShareRunTest, AChangedFileIsNamedBeforeAnythingIsUploaded) {
-  answer(Call::store, kDenied);
-  settings_.keepsUnfinishedSession = true;
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
-  service_.setHook(Call::store, nullptr);
+  const RememberedShare share = leaveUnfinished();
+  recover();
   const std::size_t earlierCount = service_.calls().size();
-  const auto share = history_->newest();
-  make();
+  makeContinued(share, {});
   folder_.write("file-1", "another one");
-  run_->continueFrom({share->session, {}, share->identifier});
   run_->start();
   ASSERT_TRUE(waitForEnd());
   EXPECT_THAT(run_->failure()->advice.whatFailed,
@@ -369,11 +344,7 @@ TEST_F(ShareRunTest, AChangedFileIsNamedBeforeAnythingIsUploaded) {
   EXPECT_EQ(service_.calls().size(), earlierCount);
 
   // The change was made before the run began.
-  run_ = std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                    host::SharedFiles({folder_ / "file-1", folder_ / "file-2"}),
-                                    settings_, history_.get(), presenter_);
-  presenter_.run = run_.get();
-  run_->continueFrom({share->session, {1}, share->identifier});
+  makeContinued(share, {1});
   run_->start();
   ASSERT_TRUE(waitForEnd());
   EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileChanged);
@@ -411,11 +382,10 @@ TEST_F(ShareRunTest, MayBeReleasedInAnyCall) {
       std::unique_ptr<ShareRun> run;
     } releaser;
     releaser.when = call;
-    answer(Call::store, kDenied);
-    const std::string path = folder_.write("file", "content");
+    service_.answer(Call::store, kDenied);
     releaser.run =
         std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                   host::SharedFiles({path}), settings_, nullptr, releaser);
+                                   host::SharedFiles({first_}), settings_, nullptr, releaser);
     releaser.run->start();
     EXPECT_TRUE(waitUntil([&] { return releaser.run == nullptr; }));
     drainMainQueue();

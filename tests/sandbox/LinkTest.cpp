@@ -1,8 +1,3 @@
-#include <archive.h>
-#include <archive_entry.h>
-
-#include <clocale>
-
 #include "sandbox/http/ContentDisposition.h"
 #include "tests/sandbox/RunningSandbox.h"
 
@@ -22,23 +17,6 @@ class Link : public RunningSandbox {
                          "application/x-www-form-urlencoded");
   }
 };
-
-std::map<std::string, std::string> unzip(const std::string& bytes) {
-  // The reader converts names through the locale.
-  std::setlocale(LC_CTYPE, "C.UTF-8");
-  std::map<std::string, std::string> files;
-  const std::unique_ptr<archive, decltype(&archive_read_free)> reader(archive_read_new(),
-                                                                      archive_read_free);
-  archive_read_support_format_zip(reader.get());
-  archive_read_open_memory(reader.get(), bytes.data(), bytes.size());
-  archive_entry* entry = nullptr;
-  while (archive_read_next_header(reader.get(), &entry) == ARCHIVE_OK) {
-    std::string content(photo.bytes.size(), '\0');
-    const la_ssize_t count = archive_read_data(reader.get(), content.data(), content.size());
-    files[archive_entry_pathname(entry)] = content.substr(0, static_cast<std::size_t>(count));
-  }
-  return files;
-}
 
 TEST_F(Link, ShowsWhatHasArrivedAndWhatIsOnItsWay) {
   const json session = createSession({letter, photo});
@@ -113,7 +91,7 @@ TEST_F(Link, PacksSeveralFilesOfADownloadLink) {
       {"letter (2).txt", "again"},  {".._évil", ""},
       {"LETTER (3).TXT", "3"},      {".hidden", "1"},
       {".hidden (2)", "2"},         {". (2)._Évil", "4"}};
-  EXPECT_TRUE(unzip(reply->body) == expected);
+  EXPECT_TRUE(folder_.unzip(folder_.write("all.zip", reply->body)) == expected);
 }
 
 TEST_F(Link, ShowsDirectContentAsUploadedButNeverLetsItRun) {

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -42,6 +43,20 @@ std::filesystem::path TemporaryFolder::writeSparse(const std::filesystem::path& 
   const auto path = write(name, "");
   std::filesystem::resize_file(path, byteCount);
   return path;
+}
+
+std::map<std::string, std::string> TemporaryFolder::unzip(
+    const std::filesystem::path& archive) const {
+  const auto target = path_ / "unzipped";
+  const std::string command = "LC_ALL=C.UTF-8 unzip '" + archive.string() + "' -d '" +
+                              target.string() + "' >/dev/null 2>&1";
+  std::map<std::string, std::string> contents;
+  if (std::system(command.c_str()) != 0) return contents;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(target)) {
+    contents[entry.path().lexically_relative(target)] =
+        entry.is_directory() ? "folder" : readFile(entry);
+  }
+  return contents;
 }
 
 std::string patternedBytes(std::size_t byteCount) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,10 @@ class TemporaryFolder {
   /// A file of `byteCount` zero bytes that takes no room on the disk.
   std::filesystem::path writeSparse(const std::filesystem::path& name,
                                     std::uint64_t byteCount) const;
+
+  /// Unpacks a ZIP archive into "unzipped". Returns what it holds by its path there, "folder" for
+  /// folders; nothing if it is not whole.
+  std::map<std::string, std::string> unzip(const std::filesystem::path& archive) const;
 
  private:
   std::filesystem::path path_;
