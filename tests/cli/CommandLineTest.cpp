@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <string>
-#include <vector>
 
 namespace quillbay::cli {
 namespace {
@@ -128,16 +126,11 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
 }
 
 TEST(CommandLine, helpTellsTheExitStatusesAndWinsOverErrorsBehindIt) {
-  for (const Arguments& arguments : std::vector<Arguments>{{"--help"},
-                                                           {"-h"},
-                                                           {"help"},
-                                                           {"help", "delete"},
-                                                           {"share", "-h"},
-                                                           {"share", "--help", "--bogus"},
-                                                           {"resume", "-h"},
-                                                           {"help", "list"},
-                                                           {"help", "forget"},
-                                                           {"delete", "--help"}}) {
+  const Arguments rows[] = {{"--help"},          {"-h"},           {"help"},
+                            {"help", "delete"},  {"share", "-h"},  {"share", "--help", "--bogus"},
+                            {"resume", "-h"},    {"help", "list"}, {"help", "forget"},
+                            {"delete", "--help"}};
+  for (const Arguments& arguments : rows) {
     const auto command = parse(arguments);
     ASSERT_FALSE(command);
     EXPECT_EQ(command.error().status, ExitStatus::success);

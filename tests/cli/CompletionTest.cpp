@@ -13,10 +13,7 @@ class Completion : public ProgramTest {
 TEST_F(Completion, offersWhatCanStandThere) {
   run(0, "quillbay share file");
   const std::string link = link_ + "\t1 file\n";
-  const struct {
-    const char* words;
-    std::string reply;
-  } rows[] = {
+  const std::pair<const char*, std::string> rows[] = {
       {"f", "words\nforget\tremove shares from the history\n"},
       {"help li", "words\nlist\tlist the shares\n"},
       {"share a ''", "files\n"},
@@ -32,7 +29,7 @@ TEST_F(Completion, offersWhatCanStandThere) {
       {"delete x", "words\n"},
       {"resume ''", "words\n"},
   };
-  for (const auto& row : rows) EXPECT_EQ(complete(row.words), row.reply) << row.words;
+  for (const auto& [words, reply] : rows) EXPECT_EQ(complete(words), reply) << words;
   run(0, "quillbay delete --last");
   EXPECT_EQ(complete("delete ''"), "words\n");
   EXPECT_EQ(complete("forget ''"), "words\n" + link);

@@ -36,17 +36,14 @@ TEST_F(FileInput, aListNamesFurtherFiles) {
 }
 
 TEST_F(FileInput, aListThatCannotBeUsedIsAUsageError) {
-  const struct {
-    std::string list;
-    std::string input;
-    const char* message;
-  } rows[] = {{"-", "\n\n", "list of files in standard input names no file"},
-              {"-", std::string("a\0b", 3), "holds a NUL byte; add --null"},
-              {"missing", "", "'missing': No such file"},
-              {".", "", "'.': Is a directory"}};
-  for (const auto& row : rows) {
-    const auto program = run(2, "quillbay share file --files-from " + row.list, row.input);
-    EXPECT_THAT(program->error(), HasSubstr(row.message));
+  const std::tuple<std::string, std::string, const char*> rows[] = {
+      {"-", "\n\n", "list of files in standard input names no file"},
+      {"-", std::string("a\0b", 3), "holds a NUL byte; add --null"},
+      {"missing", "", "'missing': No such file"},
+      {".", "", "'.': Is a directory"}};
+  for (const auto& [list, input, message] : rows) {
+    const auto program = run(2, "quillbay share file --files-from " + list, input);
+    EXPECT_THAT(program->error(), HasSubstr(message));
   }
   ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
   const auto waiting = start("quillbay share --files-from pipe");

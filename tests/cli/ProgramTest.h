@@ -1,19 +1,12 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <csignal>
-#include <filesystem>
-#include <memory>
-#include <nlohmann/json.hpp>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "ChildProcess.h"
 #include "FakeService.h"
-#include "TemporaryFolder.h"
 #include "TestCertificates.h"
 
 namespace quillbay::test {

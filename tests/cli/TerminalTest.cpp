@@ -62,17 +62,14 @@ TEST_F(OnTerminal, thePasswordIsAskedForTwiceAndDoesNotShow) {
 }
 
 TEST_F(OnTerminal, theEndOfThePromptGivesTheEchoBack) {
-  const struct {
-    const char* keys;
-    int status;
-    const char* shown;
-  } rows[] = {{"ses\x03", 130, "link: \r\n"}, {"\x04", 2, "link: \r\nquillbay: nothing was"}};
-  for (const auto& row : rows) {
+  const std::tuple<const char*, int, const char*> rows[] = {
+      {"ses\x03", 130, "link: \r\n"}, {"\x04", 2, "link: \r\nquillbay: nothing was"}};
+  for (const auto& [keys, status, shown] : rows) {
     const auto program = startAsking();
     EXPECT_FALSE(program->terminalEchoes());
-    program->type(row.keys);
-    EXPECT_EQ(program->waitForExit(), row.status);
-    EXPECT_THAT(program->terminal(), HasSubstr(row.shown));
+    program->type(keys);
+    EXPECT_EQ(program->waitForExit(), status);
+    EXPECT_THAT(program->terminal(), HasSubstr(shown));
     EXPECT_TRUE(program->terminalEchoes());
   }
   EXPECT_TRUE(service_.calls().empty());

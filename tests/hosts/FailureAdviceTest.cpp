@@ -6,9 +6,7 @@
 #include <QuillbayPlatform/URLError.h>
 #include <gmock/gmock.h>
 
-#include <memory>
 #include <set>
-#include <string>
 
 namespace quillbay::host {
 namespace {
@@ -55,86 +53,78 @@ const NetworkOptions kRoute{.connectTo = {"a:1:b:2"}};
 const NetworkOptions kProxy{.usesProxy = true};
 const NetworkOptions kAuthorities{.caBundlePath = "ca"};
 
-using enum ShareStep;
+using enum FailureCause;
 using enum FileChange;
+using enum ShareStep;
 
-const struct {
-  CloudError error;
-  FailureContext context;
-  Cause cause;
-  /// Part of what the terminal shows.
-  const char* shown;
-} kRows[] = {
-    {store("EntityTooLarge"), at(sending, grew), Cause::fileGrew, "upload failed: '{code}' grew"},
-    {unread(), at(sending, shrank), Cause::fileShrank, "'{code}' became shorter"},
-    {refusal(409), at(finalizing, overwritten), Cause::fileOverwritten, "overwritten"},
-    {unhashed(), at(fingerprinting, vanished), Cause::fileVanished, "nothing was shared: '{code}'"},
-    {unsent(), at(sending, unreadable), Cause::fileUnreadable,
-     "the upload failed: '{code}' cannot"},
-    {unhashed(), at(fingerprinting, notRegular), Cause::fileNotRegular, "not a regular file"},
-    {unsent(), at(creatingSession, nameNotText), Cause::fileNameNotText, "no session was created"},
-    {refusal(409), at(finalizing, sizeUnknown), Cause::fileSizeUnknown, "states no size"},
-    {unsent(), at(checkingFiles, contentChanged), Cause::fileChanged,
-     "the share was not continued: '{code}' has changed since"},
-    {unhashed(), at(fingerprinting), Cause::filesUnreadable, "nothing was shared: a file"},
-    {lost(Code::cannotFindHost), at(finalizing, grew), Cause::hostNotFound, "be completed: "},
-    {store("SlowDown"), at(sending, grew), Cause::storeBusy, "the upload of '{code}' failed: "},
+/// The last is part of what the terminal shows.
+const std::tuple<CloudError, FailureContext, Cause, const char*> kRows[] = {
+    {store("EntityTooLarge"), at(sending, grew), fileGrew, "upload failed: '{code}' grew"},
+    {unread(), at(sending, shrank), fileShrank, "'{code}' became shorter"},
+    {refusal(409), at(finalizing, overwritten), fileOverwritten, "overwritten"},
+    {unhashed(), at(fingerprinting, vanished), fileVanished, "nothing was shared: '{code}'"},
+    {unsent(), at(sending, unreadable), fileUnreadable, "upload failed: '{code}' cannot"},
+    {unhashed(), at(fingerprinting, notRegular), fileNotRegular, "not a regular file"},
+    {unsent(), at(creatingSession, nameNotText), fileNameNotText, "no session was created"},
+    {refusal(409), at(finalizing, sizeUnknown), fileSizeUnknown, "states no size"},
+    {unsent(), at(checkingFiles, contentChanged), fileChanged, "was not continued: '{code}' has"},
+    {unhashed(), at(fingerprinting), filesUnreadable, "nothing was shared: a file"},
+    {lost(Code::cannotFindHost), at(finalizing, grew), hostNotFound, "be completed: "},
+    {store("SlowDown"), at(sending, grew), storeBusy, "the upload of '{code}' failed: "},
 
-    {lost(Code::cannotFindHost), at(creatingSession), Cause::hostNotFound,
-     "no session was created"},
-    {lost(Code::cannotConnectToHost), at(creatingSession), Cause::connectionRefused,
-     "no session was"},
-    {lost(Code::cannotConnectToHost), with(kRoute), Cause::routeFailed, "no session was created"},
-    {lost(Code::cannotFindHost), with(kProxy), Cause::proxyFailed, "no session was created"},
-    {lost(Code::cannotConnectToHost), with(kProxy), Cause::proxyFailed, "no session was created"},
-    {lost(Code::networkConnectionLost), with(kProxy), Cause::proxyConnectionLost, "not known"},
-    {lost(Code::secureConnectionFailed), at(creatingSession), Cause::tlsFailed, "no session was"},
-    {lost(Code::secureConnectionFailed), with(kAuthorities), Cause::ownAuthoritiesFailed, "TLS"},
-    {lost(Code::timedOut), at(creatingSession), Cause::timedOut, "not known whether the service"},
-    {lost(Code::networkConnectionLost), at(creatingSession), Cause::connectionLost, "not known"},
-    {lost(Code::timedOut), at(deletingSession), Cause::timedOut, "whether session '{code}' was"},
-    {wrapped(Refusal::underlying(failure(Code::timedOut))), at(requestingAddress), Cause::timedOut,
+    {lost(Code::cannotFindHost), at(creatingSession), hostNotFound, "no session was created"},
+    {lost(Code::cannotConnectToHost), at(creatingSession), connectionRefused, "no session was"},
+    {lost(Code::cannotConnectToHost), with(kRoute), routeFailed, "no session was created"},
+    {lost(Code::cannotFindHost), with(kProxy), proxyFailed, "no session was created"},
+    {lost(Code::cannotConnectToHost), with(kProxy), proxyFailed, "no session was created"},
+    {lost(Code::networkConnectionLost), with(kProxy), proxyConnectionLost, "not known"},
+    {lost(Code::secureConnectionFailed), at(creatingSession), tlsFailed, "no session was"},
+    {lost(Code::secureConnectionFailed), with(kAuthorities), ownAuthoritiesFailed, "TLS"},
+    {lost(Code::timedOut), at(creatingSession), timedOut, "not known whether the service"},
+    {lost(Code::networkConnectionLost), at(creatingSession), connectionLost, "not known"},
+    {lost(Code::timedOut), at(deletingSession), timedOut, "whether session '{code}' was"},
+    {wrapped(Refusal::underlying(failure(Code::timedOut))), at(requestingAddress), timedOut,
      "not begin"},
-    {lost(Code::unsupportedURL), at(creatingSession), Cause::addressRefused, "address"},
-    {unread(), unanswered(), Cause::storeUnanswered, "connection to the store"},
-    {lost(Code::networkConnectionLost), at(sending), Cause::storeUnanswered, "to the store"},
-    {lost(Code::unknown), at(creatingSession), Cause::unexpected, "it is not known whether"},
+    {lost(Code::unsupportedURL), at(creatingSession), addressRefused, "address"},
+    {unread(), unanswered(), storeUnanswered, "connection to the store"},
+    {lost(Code::networkConnectionLost), at(sending), storeUnanswered, "to the store"},
+    {lost(Code::unknown), at(creatingSession), unexpected, "it is not known whether"},
 
-    {refusal(403), at(creatingSession), Cause::serviceDenied, "does not allow it (status 403)"},
+    {refusal(403), at(creatingSession), serviceDenied, "does not allow it (status 403)"},
     {wrapped(Refusal::cloudError({"\x1b[31mNo {code}\n", 401})), at(requestingAddress),
-     Cause::serviceDenied, "not begin: the service does not allow it: [31mNo {code} (status 401)"},
-    {refusal(410), at(finalizing), Cause::sessionGone, "(status 410)"},
-    {refusal(409), at(finalizing), Cause::contentConflict, "(status 409)"},
-    {refusal(413), at(creatingSession), Cause::serviceTooLarge, "no session was created: "},
-    {refusal(429), at(deletingSession), Cause::serviceBusy, "session '{code}' was not deleted: "},
-    {refusal(507, "Full"), at(creatingSession), Cause::serviceFault, "fault: Full (status 507)"},
-    {refusal(404), at(creatingSession), Cause::serviceRefused, "no session was created: "},
-    {refusal(404), at(deletingSession), Cause::deletionRefused, "'{code}' was not deleted: "},
+     serviceDenied, "not begin: the service does not allow it: [31mNo {code} (status 401)"},
+    {refusal(410), at(finalizing), sessionGone, "(status 410)"},
+    {refusal(409), at(finalizing), contentConflict, "(status 409)"},
+    {refusal(413), at(creatingSession), serviceTooLarge, "no session was created: "},
+    {refusal(429), at(deletingSession), serviceBusy, "session '{code}' was not deleted: "},
+    {refusal(507, "Full"), at(creatingSession), serviceFault, "fault: Full (status 507)"},
+    {refusal(404), at(creatingSession), serviceRefused, "no session was created: "},
+    {refusal(404), at(deletingSession), deletionRefused, "'{code}' was not deleted: "},
 
-    {store("EntityTooLarge"), at(sending), Cause::storeTooLarge, "(EntityTooLarge)"},
-    {store("AccessDenied", "No"), at(sending), Cause::storeDenied, "gave: No (AccessDenied)"},
-    {store("SignatureDoesNotMatch"), at(sending), Cause::storeSignature, "(SignatureDoes"},
-    {store("RequestTimeTooSkewed"), at(sending), Cause::storeClock, "(RequestTimeTooSkewed)"},
-    {store("ExpiredToken"), at(sending), Cause::storePermissionExpired, "(ExpiredToken)"},
-    {store("InternalError"), at(sending), Cause::storeFault, "(InternalError)"},
-    {store("NoSuchBucket"), at(sending), Cause::storeRefused, "refused it (NoSuchBucket)"},
+    {store("EntityTooLarge"), at(sending), storeTooLarge, "(EntityTooLarge)"},
+    {store("AccessDenied", "No"), at(sending), storeDenied, "gave: No (AccessDenied)"},
+    {store("SignatureDoesNotMatch"), at(sending), storeSignature, "(SignatureDoes"},
+    {store("RequestTimeTooSkewed"), at(sending), storeClock, "(RequestTimeTooSkewed)"},
+    {store("ExpiredToken"), at(sending), storePermissionExpired, "(ExpiredToken)"},
+    {store("InternalError"), at(sending), storeFault, "(InternalError)"},
+    {store("NoSuchBucket"), at(sending), storeRefused, "refused it (NoSuchBucket)"},
 
-    {malformed(), at(creatingSession), Cause::serviceReplyMalformed, "it is not known whether"},
-    {wrapped(Refusal::parseError()), at(requestingAddress), Cause::serviceReplyMalformed, "begin"},
-    {unread(), at(finalizing), Cause::serviceReplyMalformed, "could not be completed: "},
-    {unread(), at(deletingSession), Cause::serviceReplyMalformed, "it is not known whether"},
-    {unread(), at(sending), Cause::storeReplyMalformed, "the reply of the store"},
-    {CloudError::missingItems(), at(requestingAddress), Cause::missingItems, "expects no files"},
+    {malformed(), at(creatingSession), serviceReplyMalformed, "it is not known whether"},
+    {wrapped(Refusal::parseError()), at(requestingAddress), serviceReplyMalformed, "begin"},
+    {unread(), at(finalizing), serviceReplyMalformed, "could not be completed: "},
+    {unread(), at(deletingSession), serviceReplyMalformed, "it is not known whether"},
+    {unread(), at(sending), storeReplyMalformed, "the reply of the store"},
+    {CloudError::missingItems(), at(requestingAddress), missingItems, "expects no files"},
 };
 
 TEST(FailureAdvice, namesTheCauseOfEveryFailureInEveryLanguage) {
   platform::setPreferredLanguages({"de"});
   std::set<Cause> causes;
-  for (const auto& row : kRows) {
-    const auto advice = FailureAdvice::of(row.error, row.context, FailureAudience::terminal);
-    EXPECT_EQ(advice.cause, row.cause) << advice.whatFailed;
-    EXPECT_THAT(advice.whatFailed, HasSubstr(row.shown));
-    const auto german = FailureAdvice::of(row.error, row.context, FailureAudience::window);
+  for (const auto& [error, context, cause, shown] : kRows) {
+    const auto advice = FailureAdvice::of(error, context, FailureAudience::terminal);
+    EXPECT_EQ(advice.cause, cause) << advice.whatFailed;
+    EXPECT_THAT(advice.whatFailed, HasSubstr(shown));
+    const auto german = FailureAdvice::of(error, context, FailureAudience::window);
     for (const auto& text :
          {advice.whatFailed, advice.whatToDo, german.whatFailed, german.whatToDo}) {
       EXPECT_THAT(text, Not(ContainsRegex("[.]what|[.]do|step[.]")));

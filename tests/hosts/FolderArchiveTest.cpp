@@ -1,15 +1,7 @@
 #include "hosts/common/FolderArchive.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "TemporaryFolder.h"
 #include "Waiting.h"
@@ -36,6 +28,9 @@ class FolderArchiveTest : public testing::Test {
   }
   void pack(const std::vector<std::string>& folders) {
     start(folders);
+    finish();
+  }
+  void finish() {
     ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
   }
   /// Once the packing is in the middle of a large file.
@@ -97,16 +92,14 @@ TEST_F(FolderArchiveTest, WhatCannotBePackedIsNamed) {
   folder_.write("file", "");
   fs::create_directory(folder_ / "bad");
   folder_.write("bad/name\xff", "");
-  const struct {
-    const char* folder;
-    const char* reason;
-  } rows[] = {{"missing", "missing': No such file"},
-              {"file", "file': Not a directory"},
-              {"bad", "bad/name\\xff': the name is not UTF-8"}};
-  for (const auto& row : rows) {
-    pack({folder_ / row.folder});
-    ASSERT_FALSE(*result_) << row.folder;
-    EXPECT_THAT(result_->error(), HasSubstr(row.reason));
+  const std::pair<const char*, const char*> rows[] = {
+      {"missing", "missing': No such file"},
+      {"file", "file': Not a directory"},
+      {"bad", "bad/name\\xff': the name is not UTF-8"}};
+  for (const auto& [folder, reason] : rows) {
+    pack({folder_ / folder});
+    ASSERT_FALSE(*result_) << folder;
+    EXPECT_THAT(result_->error(), HasSubstr(reason));
     fs::remove_all(archives_ / "0");
   }
 }
@@ -116,7 +109,7 @@ TEST_F(FolderArchiveTest, AFileThatChangesMeanwhileEndsThePacking) {
   startLarge();
   EXPECT_EQ(packing_->progress().totalByteCount, kLargeByteCount + 7);
   folder_.write("docs/z", "changed content");
-  ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
+  finish();
   ASSERT_FALSE(*result_);
   EXPECT_THAT(result_->error(), HasSubstr("docs/z' changed while it was being packed"));
 }
@@ -137,7 +130,7 @@ TEST(PrivateFolder, IsForThisUserAloneAndGoesAway) {
     host::PrivateFolder folder;
     EXPECT_TRUE(fs::is_empty(place.path()));
     path = folder.path();
-    EXPECT_EQ(path, folder.path());
+    EXPECT_EQ(folder.path(), path);
     EXPECT_EQ(path.parent_path(), place.path());
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
     fs::create_directories(path / "a/b");

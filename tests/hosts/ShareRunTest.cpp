@@ -2,7 +2,6 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "FakeService.h"
 #include "TemporaryFolder.h"
@@ -183,11 +182,7 @@ TEST_F(ShareRunTest, TriesAtOnceWhenAskedTo) {
 }
 
 TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
-  const struct {
-    Call call;
-    Reply reply;
-    Lines lines;
-  } rows[] = {
+  const std::tuple<Call, Reply, Lines> rows[] = {
       {Call::createSession, kGone, {"failed", "over"}},
       // It may have been created: a second one must not be.
       {Call::createSession, kNoReply, {"failed", "over"}},
@@ -196,12 +191,12 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
       {Call::store, kDenied, {"session session-1", "failed", "deleting", "over"}},
       {Call::finalize, kGone, {"session session-1", "failed", "deleting", "over"}},
   };
-  for (const auto& row : rows) {
-    service_.answer(row.call, row.reply);
+  for (const auto& [call, reply, lines] : rows) {
+    service_.answer(call, reply);
     runToEnd();
-    EXPECT_EQ(presenter_.lines, row.lines);
+    EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::failed);
-    service_.setHook(row.call, nullptr);
+    service_.setHook(call, nullptr);
   }
 }
 
@@ -237,12 +232,7 @@ TEST_F(ShareRunTest, AFailedShareStaysWhereItCanBeContinued) {
 }
 
 TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
-  const struct {
-    const char* name;
-    Call held;
-    Lines lines;
-    Fate fate;
-  } rows[] = {
+  const std::tuple<const char*, Call, Lines, Fate> rows[] = {
       {"fingerprinting", Call::unknown, {"over"}, Fate::none},
       {"creating",
        Call::createSession,
@@ -251,26 +241,25 @@ TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
       {"uploading", Call::store, {"session session-1", "deleting", "over"}, Fate::deleted},
       {"deleting", Call::deleteSession, {"session session-1", "deleting", "over"}, Fate::deleted},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const std::size_t earlierCount = service_.requests(row.held).size();
-    const auto gate = service_.hold(row.held);
+  for (const auto& [phase, held, lines, fate] : rows) {
+    SCOPED_TRACE(phase);
+    const std::size_t earlierCount = service_.requests(held).size();
+    const auto gate = service_.hold(held);
     make();
     run_->start();
-    if (row.held == Call::deleteSession) {
+    const auto isHeld = [&, held = held] { return service_.requests(held).size() > earlierCount; };
+    if (held == Call::deleteSession) {
       ASSERT_TRUE(waitUntil([&] { return run_->session().has_value(); }));
       run_->cancel();
     }
-    if (row.held != Call::unknown) {
-      ASSERT_TRUE(waitUntil([&] { return service_.requests(row.held).size() > earlierCount; }));
-    }
+    ASSERT_TRUE(held == Call::unknown || waitUntil(isHeld));
     run_->cancel();
     gate->open();
     ASSERT_TRUE(waitFor(Phase::over));
-    EXPECT_EQ(presenter_.lines, row.lines);
+    EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::cancelled);
-    EXPECT_EQ(run_->sessionFate(), row.fate);
-    service_.setHook(row.held, nullptr);
+    EXPECT_EQ(run_->sessionFate(), fate);
+    service_.setHook(held, nullptr);
   }
 }
 
