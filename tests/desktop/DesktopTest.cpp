@@ -6,12 +6,6 @@
 
 namespace quillbay::desktop {
 
-void DesktopTest::refuse(Call call, const std::string& text, int status) {
-  const std::string code = std::to_string(status);
-  service_.answer(call,
-                  Reply::json(R"({"message":")" + text + R"(","status":)" + code + "}", status));
-}
-
 std::ptrdiff_t DesktopTest::count(const std::string& call) const {
   const auto calls = service_.calls();
   return std::ranges::count(calls, call);

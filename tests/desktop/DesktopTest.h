@@ -6,10 +6,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyleHints>
-#include <algorithm>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "FakeService.h"
 #include "TemporaryFolder.h"
@@ -42,7 +38,9 @@ class DesktopTest : public test::UITest {
 
   /// Has the service answer a kind of call only when the gate opens.
   std::shared_ptr<Gate> stall(Call call) { return service_.hold(call); }
-  void refuse(Call call, const std::string& text, int status = 413);
+  void refuse(Call call, const std::string& text, int status = 413) {
+    service_.answer(call, FakeService::refusal(status, text));
+  }
   std::ptrdiff_t count(const std::string& call) const;
 
   /// Closes the window. Without a file no share can be remembered.

@@ -1,8 +1,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QProgressBar>
-#include <QStyleHints>
-#include <array>
 
 #include "DesktopTest.h"
 
@@ -18,21 +16,15 @@ TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
   EXPECT_EQ(shownLink(), FakeService::link);
   auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
   ASSERT_NE(field, nullptr) << "the focus is where the link appears";
-  struct Row {
-    const char* name;
-    int selectedCount;
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    const char* copied;
-  };
-  for (const Row& row : {Row{"Return", 0, Qt::Key_Return, {}, FakeService::link},
-                         Row{"Ctrl-C", 0, Qt::Key_C, Qt::ControlModifier, FakeService::link},
-                         Row{"of a part", 8, Qt::Key_C, Qt::ControlModifier, "https://"}}) {
-    SCOPED_TRACE(row.name);
+  const std::tuple<int, Qt::Key, Qt::KeyboardModifiers, const char*> rows[] = {
+      {0, Qt::Key_Return, {}, FakeService::link},
+      {0, Qt::Key_C, Qt::ControlModifier, FakeService::link},
+      {8, Qt::Key_C, Qt::ControlModifier, "https://"}};
+  for (const auto& [selectedCount, key, modifiers, copied] : rows) {
     QApplication::clipboard()->clear();
-    field->setSelection(0, row.selectedCount);
-    press(row.key, row.modifiers);
-    EXPECT_EQ(QApplication::clipboard()->text(), row.copied);
+    field->setSelection(0, selectedCount);
+    press(key, modifiers);
+    EXPECT_EQ(QApplication::clipboard()->text(), copied) << selectedCount << " " << key;
   }
   EXPECT_NE(button("run.copied"), nullptr) << "the button says so";
   EXPECT_TRUE(waitUntil([&] { return button("run.copy") != nullptr; })) << "but not for ever";
@@ -44,21 +36,19 @@ TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
 }
 
 TEST_F(MainWindowTest, TheBarMovesAndScreenReadersHearTheLinkEachTenthAndTheEnd) {
-  const std::array gates = {std::make_shared<Gate>(), std::make_shared<Gate>()};
-  service_.setHook(Call::uploadUrl, [=](const Request& request, Reply ordinary) {
-    ordinary.sendAfter = gates.at(request.target().contains("item-2") ? 0 : 1);
-    return ordinary;
-  });
+  // The second file is uploaded first.
+  const auto first = service_.hold(Call::uploadUrl);
   open({first_, second_});
   share("run.uploading");
   EXPECT_EQ(heard(), localized("run.link-ready"));
-  gates[0]->open();
+  const auto second = service_.hold(Call::uploadUrl, std::nullopt, 1);
+  first->open();
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.percent").arg(50); }));
   const auto& bar = *window_->findChild<QProgressBar*>();
   EXPECT_EQ(bar.value() * 2, bar.maximum());
   EXPECT_EQ(cell(0, FileListModel::state), localized("files.uploading").arg(0));
   EXPECT_EQ(cell(1, FileListModel::state), localized("files.uploaded"));
-  gates[1]->open();
+  second->open();
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.done"); }));
 }
 
@@ -81,32 +71,27 @@ TEST_F(MainWindowTest, TheLinkStaysUsableWhileTheNextTryIsAwaited) {
 }
 
 TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
-  struct Stage {
-    Call stalled;
-    const char* text;
-    const char* question;
-    const char* cancel;
-  };
-  for (const Stage& stage :
-       {Stage{Call::createSession, "run.creating", "close.early.title", "close.early.cancel"},
-        Stage{Call::store, "run.uploading", "close.title", "close.cancel"}}) {
+  const std::tuple<Call, const char*, const char*, const char*> stages[] = {
+      {Call::createSession, "run.creating", "close.early.title", "close.early.cancel"},
+      {Call::store, "run.uploading", "close.title", "close.cancel"}};
+  for (const auto& [stalled, text, question, cancel] : stages) {
     for (const bool closes : {false, true}) {
-      SCOPED_TRACE(std::string(stage.text) + (closes ? ", closing" : ", cancelling"));
+      SCOPED_TRACE(std::string(text) + (closes ? ", closing" : ", cancelling"));
       const auto before = count("delete session-1");
-      const auto gate = stall(stage.stalled);
+      const auto gate = stall(stalled);
       open({first_, second_});
-      share(stage.text);
+      share(text);
       for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
         EXPECT_FALSE(window_->close());
         ASSERT_TRUE(waitUntil([] { return message()->isActiveWindow(); }));
-        EXPECT_EQ(message()->text(), localized(stage.question));
+        EXPECT_EQ(message()->text(), localized(question));
         press(key);
         EXPECT_EQ(message(), nullptr);
-        EXPECT_TRUE(showsText(stage.text)) << "the safe answer";
+        EXPECT_TRUE(showsText(text)) << "the safe answer";
       }
       if (closes) window_->close();
-      closes ? click(stage.cancel) : click("run.cancel");
-      if (stage.stalled == Call::createSession) {
+      closes ? click(cancel) : click("run.cancel");
+      if (stalled == Call::createSession) {
         EXPECT_TRUE(showsText("run.cancelling"));
         gate->open();
       }
@@ -116,37 +101,32 @@ TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
       EXPECT_EQ(titleField().text(), "Holiday");
       EXPECT_EQ(message(), nullptr) << "it was asked for";
       gate->open();
-      service_.setHook(stage.stalled, {});
+      service_.setHook(stalled, {});
     }
   }
 }
 
 TEST_F(MainWindowTest, AFailureIsToldOnThePageOfTheFormWithTheStateOfTheLink) {
   enum class LinkState { none, deleted, left };
-  struct Row {
-    const char* name;
-    Call refused;
-    LinkState linkState;
-  };
-  for (const Row& row : {Row{"before there was a link", Call::createSession, LinkState::none},
-                         Row{"the link is deleted", Call::finalize, LinkState::deleted},
-                         Row{"the link may be left", Call::finalize, LinkState::left}}) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [refused, linkState] : {std::pair(Call::createSession, LinkState::none),
+                                           std::pair(Call::finalize, LinkState::deleted),
+                                           std::pair(Call::finalize, LinkState::left)}) {
+    SCOPED_TRACE(static_cast<int>(linkState));
     const auto created = count("create");
-    refuse(row.refused, "<b>No space</b> left");
-    if (row.linkState == LinkState::left) refuse(Call::deleteSession, "no");
+    refuse(refused, "<b>No space</b> left");
+    if (linkState == LinkState::left) refuse(Call::deleteSession, "no");
     useHistory(std::nullopt);
     open({first_});
     share("failure.title");
     EXPECT_TRUE(heard().startsWith(localized("failure.title")));
     EXPECT_TRUE(showsText("<b>No space</b> left")) << "a server's text is no markup";
     const QString leftover = localized("leftover.message").arg(FakeService::link);
-    EXPECT_EQ(showsText("failure.link-deleted"), row.linkState == LinkState::deleted);
-    EXPECT_EQ(showsText(leftover), row.linkState == LinkState::left);
+    EXPECT_EQ(showsText("failure.link-deleted"), linkState == LinkState::deleted);
+    EXPECT_EQ(showsText(leftover), linkState == LinkState::left);
     EXPECT_EQ(message(), nullptr);
     EXPECT_EQ(titleField().text(), "Holiday");
 
-    for (const Call call : {row.refused, Call::deleteSession}) service_.setHook(call, {});
+    for (const Call call : {refused, Call::deleteSession}) service_.setHook(call, {});
     press(Qt::Key_Return);
     waitUntilShown("run.done");
     EXPECT_EQ(count("create") - created, 2);
@@ -209,30 +189,25 @@ TEST_F(MainWindowTest, APageTakesNothingAtFirstAndWhatEndsOrDeletesIsWhereNoButt
 }
 
 TEST_F(MainWindowTest, ALinkIsNotLostUnseen) {
-  struct Row {
-    const char* name;
-    bool isRemembered;
-    bool isCopiedBefore;
-    const char* answer;
-    bool closes;
-  };
-  for (const Row& row : {Row{"copied before", false, true, nullptr, true},
-                         Row{"copied now", false, false, "run.copy", true},
-                         Row{"given up", false, false, "uncopied.drop", true},
-                         Row{"kept", false, false, "uncopied.back", false},
-                         Row{"to be found again", true, false, nullptr, true}}) {
-    SCOPED_TRACE(row.name);
-    useHistory(row.isRemembered ? std::optional(folder_ / "history") : std::nullopt);
+  const std::tuple<const char*, bool, bool, const char*> rows[] = {
+      {"copied before", false, true, nullptr},
+      {"copied now", false, false, "run.copy"},
+      {"given up", false, false, "uncopied.drop"},
+      {"kept", false, false, "uncopied.back"},
+      {"to be found again", true, false, nullptr}};
+  for (const auto& [name, isRemembered, isCopiedBefore, answer] : rows) {
+    SCOPED_TRACE(name);
+    useHistory(isRemembered ? std::optional(folder_ / "history") : std::nullopt);
     QApplication::clipboard()->clear();
     open({first_});
     share("run.done");
-    EXPECT_TRUE(showsText(row.isRemembered ? "run.remembered" : "run.not-remembered"));
-    if (row.isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(showsText(isRemembered ? "run.remembered" : "run.not-remembered"));
+    if (isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
     click("run.close");
-    EXPECT_EQ(message() != nullptr, row.answer != nullptr);
-    if (row.answer != nullptr) click(row.answer, message());
-    EXPECT_EQ(!window_->isVisible(), row.closes);
-    const bool isCopied = row.isCopiedBefore || QString("run.copy") == row.answer;
+    EXPECT_EQ(message() != nullptr, answer != nullptr);
+    if (answer != nullptr) click(answer, message());
+    EXPECT_EQ(window_->isVisible(), QString("uncopied.back") == answer);
+    const bool isCopied = isCopiedBefore || QString("run.copy") == answer;
     EXPECT_EQ(QApplication::clipboard()->text() == FakeService::link, isCopied);
   }
 }

@@ -24,13 +24,13 @@ platform::ErrorPtr failure(Code code) {
   return std::make_shared<const platform::URLError>(code, "why");
 }
 CloudError lost(Code code) { return CloudError::underlying(failure(code)); }
-CloudError malformed() {
-  return CloudError::underlying(
-      std::make_shared<const platform::JSONError>(platform::JSONError::Kind::missingKey, "items"));
+/// With a refusal it is how the library reports that there is no address for an upload.
+template <class Error>
+CloudError wrapped(const Error& error) {
+  return CloudError::underlying(std::make_shared<const Error>(error));
 }
-/// As the library reports that there is no address for an upload.
-CloudError wrapped(const Refusal& error) {
-  return CloudError::underlying(std::make_shared<const Refusal>(error));
+CloudError malformed() {
+  return wrapped(platform::JSONError(platform::JSONError::Kind::missingKey, "items"));
 }
 CloudError refusal(int status, const char* text = "") {
   return CloudError::webservice(text, status);
