@@ -33,24 +33,31 @@ const Reply kBusy = FakeService::refusal(503, "Busy");
 /// Presents a run as lines of text.
 class TextPresenter final : public ShareRun::Presenter {
  public:
+  explicit TextPresenter(const std::unique_ptr<ShareRun>& run) : run_(run) {}
+
   void sessionCreated(const cloud::Session& session, bool isDoomed) override {
-    lines.push_back((isDoomed ? "doomed " : "session ") + session.identifier());
-    if (onSession) onSession();
+    add((isDoomed ? "doomed " : "session ") + session.identifier());
   }
-  void failed(const ShareRun::Failure& /*failure*/) override { lines.emplace_back("failed"); }
+  void failed(const ShareRun::Failure& /*failure*/) override { add("failed"); }
   void phaseChanged() override {
-    if (run == nullptr) return;
-    if (run->phase() == Phase::waiting) {
-      lines.push_back("wait " + std::to_string(run->untilNextTry().count()));
-    }
-    if (run->phase() == Phase::cancelling) lines.emplace_back("cancelling");
-    if (run->phase() == Phase::deleting) lines.emplace_back("deleting");
-    if (run->phase() == Phase::over) lines.emplace_back("over");
+    if (!run_) return;
+    const Phase phase = run_->phase();
+    if (phase == Phase::waiting) add("wait " + std::to_string(run_->untilNextTry().count()));
+    if (phase == Phase::cancelling) add("cancelling");
+    if (phase == Phase::deleting) add("deleting");
+    if (phase == Phase::over) add("over");
   }
 
-  const ShareRun* run = nullptr;
-  std::function<void()> onSession;
   Lines lines;
+  std::function<void(const std::string& line)> onLine = [](const std::string&) {};
+
+ private:
+  void add(const std::string& line) {
+    lines.push_back(line);
+    onLine(line);
+  }
+
+  const std::unique_ptr<ShareRun>& run_;
 };
 
 class ShareRunTest : public testing::Test {
@@ -65,44 +72,41 @@ class ShareRunTest : public testing::Test {
     run_ = std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
                                       host::SharedFiles({first_, second_}), settings_,
                                       history_.get(), presenter_);
-    presenter_.run = run_.get();
   }
-  /// Of all its waits; the network recovers before the try `attempt`.
-  void runToEnd(int attempt = 100) {
-    make();
-    run_->start();
-    ASSERT_TRUE(waitForEnd(attempt));
-  }
-  /// Makes a run that continues `share`, of which a file may have arrived.
-  void makeContinued(const RememberedShare& share, const std::vector<std::size_t>& arrived) {
+  /// Makes a run that continues `share`, of which files may have arrived.
+  void make(const RememberedShare& share, const std::vector<std::size_t>& arrived) {
     make();
     run_->continueFrom({share.session, arrived, share.identifier});
+  }
+  void start() {
+    make();
+    run_->start();
+  }
+  /// Lets every wait pass until the run is over, and tells `beforeTry` the number of the try.
+  void finish(const std::function<void(int)>& beforeTry = [](int) {}) {
+    ASSERT_TRUE(waitUntil([&] {
+      if (run_->phase() != Phase::waiting) return run_->phase() == Phase::over;
+      beforeTry(run_->attempt());
+      pass(run_->untilNextTry());
+      return false;
+    }));
+  }
+  void startAndFinish() {
+    start();
+    finish();
   }
   RememberedShare leaveUnfinished() {
     settings_.keepsUnfinishedSession = true;
     service_.answer(Call::store, kDenied);
-    runToEnd();
+    startAndFinish();
     return *history_->newest();
   }
-  [[nodiscard]] bool waitFor(Phase phase) {
-    return waitUntil([&] { return run_->phase() == phase; });
+  void waitFor(Phase phase) {
+    ASSERT_TRUE(waitUntil([&] { return run_->phase() == phase; }));
   }
-  [[nodiscard]] bool waitForCall(Call call) {
-    return waitUntil([&] { return !service_.requests(call).empty(); });
-  }
-  /// Lets every wait pass until the run is over. The network recovers before the try `attempt`.
-  [[nodiscard]] bool waitForEnd(int attempt = 100) {
-    return waitUntil([this, attempt] {
-      if (run_->phase() != Phase::waiting) return run_->phase() == Phase::over;
-      if (run_->attempt() == attempt) recover();
-      pass(run_->untilNextTry());
-      return false;
-    });
-  }
-  void recover() {
-    for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
-      service_.setHook(call, nullptr);
-    }
+  /// Until there was one more than `earlierCount`.
+  void waitForCall(Call call, std::size_t earlierCount = 0) {
+    ASSERT_TRUE(waitUntil([&] { return service_.requests(call).size() > earlierCount; }));
   }
   void pass(std::chrono::milliseconds time) {
     now_ += time;
@@ -116,14 +120,13 @@ class ShareRunTest : public testing::Test {
   FakeService service_;
   ShareRun::Clock::time_point now_ = ShareRun::Clock::now();
   ShareRun::Settings settings_;
-  std::atomic<bool> isRecovered_ = false;
-  TextPresenter presenter_;
   std::unique_ptr<History> history_ = std::make_unique<History>(folder_ / "s/history.sqlite");
   std::unique_ptr<ShareRun> run_;
+  TextPresenter presenter_{run_};
 };
 
 TEST_F(ShareRunTest, SharesAndRemembers) {
-  runToEnd();
+  startAndFinish();
   EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "over"));
   EXPECT_EQ(run_->result(), Result::shared);
   EXPECT_EQ(run_->sessionFate(), Fate::complete);
@@ -137,7 +140,10 @@ TEST_F(ShareRunTest, ContinuesUnderTheSameLinkWhenTheNetworkFailsAtAnyStep) {
     for (const Reply& reply : {kNoReply, kBusy}) {
       SCOPED_TRACE(static_cast<int>(call));
       service_.answer(call, reply);
-      runToEnd(2);
+      start();
+      finish([&](int attempt) {
+        if (attempt == 2) service_.setHook(call, nullptr);
+      });
       EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "wait 1", "wait 2", "over"));
       EXPECT_EQ(run_->result(), Result::shared);
       EXPECT_EQ(service_.storedBytes("item-1"), "content of file-1");
@@ -146,19 +152,10 @@ TEST_F(ShareRunTest, ContinuesUnderTheSameLinkWhenTheNetworkFailsAtAnyStep) {
 }
 
 TEST_F(ShareRunTest, WaitsLongerEachTimeAndCountsAnewOnceAFileHasArrived) {
-  make();
-  // The first file arrives in the third try, the second one never.
-  service_.setHook(Call::store, [this](const Request& request, const Reply& ordinary) {
-    const bool isFirstFile = request.target().contains("item-2");
-    return isFirstFile && isRecovered_ ? ordinary : kNoReply;
-  });
-  run_->start();
-  ASSERT_TRUE(waitUntil([this] {
-    if (run_->phase() != Phase::waiting) return run_->phase() == Phase::over;
-    isRecovered_ = run_->attempt() == 3;
-    pass(run_->untilNextTry());
-    return false;
-  }));
+  service_.answer(Call::store, kNoReply);
+  start();
+  // The second file arrives in the third try, the first one never.
+  finish([&](int attempt) { service_.answer(Call::store, kNoReply, attempt == 3 ? 1 : 0); });
   EXPECT_THAT(presenter_.lines,
               ElementsAre("session session-1", "wait 1", "wait 2", "wait 4", "wait 1", "wait 2",
                           "wait 4", "wait 8", "wait 16", "failed", "deleting", "over"));
@@ -167,17 +164,16 @@ TEST_F(ShareRunTest, WaitsLongerEachTimeAndCountsAnewOnceAFileHasArrived) {
 
 TEST_F(ShareRunTest, TriesAtOnceWhenAskedTo) {
   service_.answer(Call::store, kNoReply);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitFor(Phase::waiting));
-  recover();
+  start();
+  waitFor(Phase::waiting);
+  service_.setHook(Call::store, nullptr);
   EXPECT_EQ(run_->untilNextTry(), 1s);
   EXPECT_EQ(run_->attempt(), 1);
   pass(400ms);
   EXPECT_EQ(run_->untilNextTry(), 1s);
   EXPECT_EQ(run_->phase(), Phase::waiting);
   run_->retryNow();
-  ASSERT_TRUE(waitFor(Phase::over));
+  waitFor(Phase::over);
   EXPECT_EQ(run_->result(), Result::shared);
 }
 
@@ -193,7 +189,7 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
   };
   for (const auto& [call, reply, lines] : rows) {
     service_.answer(call, reply);
-    runToEnd();
+    startAndFinish();
     EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::failed);
     service_.setHook(call, nullptr);
@@ -202,12 +198,11 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
 
 TEST_F(ShareRunTest, AFailureSaysWhichFileAndWhatBecameOfIt) {
   const auto gate = service_.hold(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForCall(Call::store));
+  start();
+  waitForCall(Call::store);
   folder_.write("file-2", "content of file-2 and more");
   gate->open();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->failure()->fileIndex, 1U);
   EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileGrew);
   EXPECT_THAT(run_->failure()->advice.whatFailed, HasSubstr("file-2"));
@@ -219,15 +214,16 @@ TEST_F(ShareRunTest, AFailedShareStaysWhereItCanBeContinued) {
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
 
   history_.reset();
-  runToEnd();
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "no history could continue it";
 
   history_ = std::make_unique<History>(folder_ / "s/history.sqlite");
-  presenter_.onSession = [this] {
-    SQLite::Database(folder_ / "s/history.sqlite", SQLite::OPEN_READWRITE).exec("DROP TABLE file");
+  presenter_.onLine = [this](const std::string&) {
+    SQLite::Database history(folder_ / "s/history.sqlite", SQLite::OPEN_READWRITE);
+    history.exec("DROP TABLE IF EXISTS file");
   };
   service_.answer(Call::store, kDenied, 1);
-  runToEnd();
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "the history broke meanwhile";
 }
 
@@ -245,17 +241,15 @@ TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
     SCOPED_TRACE(phase);
     const std::size_t earlierCount = service_.requests(held).size();
     const auto gate = service_.hold(held);
-    make();
-    run_->start();
-    const auto isHeld = [&, held = held] { return service_.requests(held).size() > earlierCount; };
+    start();
     if (held == Call::deleteSession) {
       ASSERT_TRUE(waitUntil([&] { return run_->session().has_value(); }));
       run_->cancel();
     }
-    ASSERT_TRUE(held == Call::unknown || waitUntil(isHeld));
+    if (held != Call::unknown) waitForCall(held, earlierCount);
     run_->cancel();
     gate->open();
-    ASSERT_TRUE(waitFor(Phase::over));
+    waitFor(Phase::over);
     EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::cancelled);
     EXPECT_EQ(run_->sessionFate(), fate);
@@ -265,9 +259,8 @@ TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
 
 TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
   const auto creation = service_.hold(Call::createSession);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForCall(Call::createSession));
+  start();
+  waitForCall(Call::createSession);
   run_->cancel();
   pass(1400ms);
   EXPECT_EQ(run_->phase(), Phase::cancelling);
@@ -277,9 +270,8 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
 
   const auto deletion = service_.hold(Call::deleteSession);
   service_.answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitFor(Phase::deleting));
+  start();
+  waitFor(Phase::deleting);
   pass(9s);
   EXPECT_EQ(run_->phase(), Phase::deleting);
   run_->cancel();
@@ -292,7 +284,7 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
 TEST_F(ShareRunTest, AnUnconfirmedDeletionSaysWhy) {
   service_.answer(Call::deleteSession, kGone);
   service_.answer(Call::store, kDenied);
-  runToEnd();
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::perhapsThere);
   EXPECT_EQ(run_->deletionFailure()->advice.cause, host::FailureCause::deletionRefused);
 }
@@ -300,7 +292,7 @@ TEST_F(ShareRunTest, AnUnconfirmedDeletionSaysWhy) {
 TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
   const RememberedShare share = leaveUnfinished();
   const auto continueIt = [&] {
-    makeContinued(share, {1});
+    make(share, {1});
     run_->start();
   };
   continueIt();
@@ -308,11 +300,11 @@ TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
   continueIt();
   EXPECT_EQ(remembered(), State::uploading);
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
   service_.setHook(Call::store, nullptr);
   continueIt();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->result(), Result::shared);
   EXPECT_THAT(presenter_.lines, ElementsAre("over"));
   EXPECT_EQ(run_->sentByteCount(), 34U);
@@ -322,61 +314,48 @@ TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
 
 TEST_F(ShareRunTest, AChangedFileIsNamedBeforeAnythingIsUploaded) {
   const RememberedShare share = leaveUnfinished();
-  recover();
+  service_.setHook(Call::store, nullptr);
   const std::size_t earlierCount = service_.calls().size();
-  makeContinued(share, {});
+  make(share, {});
   folder_.write("file-1", "another one");
   run_->start();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_THAT(run_->failure()->advice.whatFailed,
               AllOf(HasSubstr("was not continued"), HasSubstr("file-1")));
   EXPECT_EQ(service_.calls().size(), earlierCount);
 
   // The change was made before the run began.
-  makeContinued(share, {1});
+  make(share, {1});
   run_->start();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileChanged);
 }
 
 TEST_F(ShareRunTest, ALinkThatReachesNoReaderIsGivenUp) {
   settings_.keepsUnfinishedSession = true;
+  presenter_.onLine = [this](const std::string& line) {
+    if (line.ends_with("session-1")) run_->giveUp();
+  };
   for (const bool isCreating : {true, false}) {
-    make();
-    presenter_.onSession = [this] { run_->giveUp(); };
     const auto gate = service_.hold(Call::createSession);
-    run_->start();
-    ASSERT_TRUE(waitForCall(Call::createSession));
+    start();
+    waitForCall(Call::createSession);
     if (isCreating) run_->cancel();
     gate->open();
-    ASSERT_TRUE(waitFor(Phase::over));
+    waitFor(Phase::over);
     EXPECT_EQ(run_->result(), isCreating ? Result::cancelled : Result::failed);
     EXPECT_EQ(run_->sessionFate(), Fate::deleted);
   }
 }
 
 TEST_F(ShareRunTest, MayBeReleasedInAnyCall) {
-  for (int call = 0; call < 3; ++call) {
-    class Releaser final : public ShareRun::Presenter {
-     public:
-      void sessionCreated(const cloud::Session&, bool) override { release(0); }
-      void failed(const ShareRun::Failure&) override { release(1); }
-      void phaseChanged() override {
-        if (run && run->phase() == Phase::deleting) release(2);
-      }
-      void release(int place) {
-        if (place == when) run.reset();
-      }
-      int when = 0;
-      std::unique_ptr<ShareRun> run;
-    } releaser;
-    releaser.when = call;
-    service_.answer(Call::store, kDenied);
-    releaser.run =
-        std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                   host::SharedFiles({first_}), settings_, nullptr, releaser);
-    releaser.run->start();
-    EXPECT_TRUE(waitUntil([&] { return releaser.run == nullptr; }));
+  service_.answer(Call::store, kDenied);
+  for (const std::string call : {"session session-1", "failed", "deleting"}) {
+    presenter_.onLine = [&](const std::string& line) {
+      if (line == call) run_.reset();
+    };
+    start();
+    EXPECT_TRUE(waitUntil([&] { return run_ == nullptr; })) << call;
     drainMainQueue();
   }
 }
