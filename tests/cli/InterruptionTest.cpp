@@ -29,16 +29,6 @@ TEST_F(Interrupted, keepLeavesTheSessionAndTellsHowToDeleteIt) {
                         R"(--instance 'it'\''s' --token-file - -- 'session-1')"));
 }
 
-TEST_F(Interrupted, aSecondSignalEndsAtOnce) {
-  stall(Call::deleteSession);
-  const auto program = startStalled(Call::store, "quillbay share file");
-  program->signal(SIGINT);
-  ASSERT_TRUE(program->waitUntil([&] { return count(Call::deleteSession) == 1; }));
-  interrupt(*program);
-  // The bounded wait for the deletion would have ended with a message.
-  EXPECT_EQ(program->error(), "");
-}
-
 TEST_F(Interrupted, aSessionThatIsCreatedAfterwardsIsDeleted) {
   const auto program = startStalled(Call::createSession, "quillbay share file 2>/dev/tty");
   program->signal(SIGINT);

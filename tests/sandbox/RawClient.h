@@ -6,11 +6,7 @@
 #include <sys/time.h>
 
 #include <array>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <utility>
 
 #include "sandbox/tls/OpenSsl.h"
 

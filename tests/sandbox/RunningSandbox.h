@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
-#include <algorithm>
-#include <atomic>
 #include <deque>
-#include <filesystem>
 #include <future>
 #include <nlohmann/json.hpp>
 #include <regex>
