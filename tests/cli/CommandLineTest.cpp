@@ -15,9 +15,7 @@ const platform::Date kNow = platform::dateFromSecondsSince1970(1'700'000'000);
 std::expected<Command, CommandLineEnd> parse(const Arguments& arguments,
                                              const Variables& variables = {}) {
   const auto environment = [&](const char* name) -> std::optional<std::string> {
-    const auto found = variables.find(name);
-    if (found == variables.end()) return std::nullopt;
-    return found->second;
+    return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
   };
   return parseCommandLine(arguments, environment, kNow);
 }

@@ -1,9 +1,7 @@
-#include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QImage>
-#include <QLabel>
 #include <QMimeData>
 #include <QTreeView>
 

@@ -1,4 +1,3 @@
-#include <QApplication>
 #include <QClipboard>
 #include <QProgressBar>
 
@@ -10,9 +9,8 @@ namespace {
 using MainWindowTest = DesktopTest;
 
 TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
-  const auto gate = stall(Call::store);
-  open({first_, second_});
-  share("run.uploading");
+  const auto gate = service_.hold(Call::store);
+  openAndShare({first_, second_}, "run.uploading");
   EXPECT_EQ(shownLink(), FakeService::link);
   auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
   ASSERT_NE(field, nullptr) << "the focus is where the link appears";
@@ -38,8 +36,7 @@ TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
 TEST_F(MainWindowTest, TheBarMovesAndScreenReadersHearTheLinkEachTenthAndTheEnd) {
   // The second file is uploaded first.
   const auto first = service_.hold(Call::uploadUrl);
-  open({first_, second_});
-  share("run.uploading");
+  openAndShare({first_, second_}, "run.uploading");
   EXPECT_EQ(heard(), localized("run.link-ready"));
   const auto second = service_.hold(Call::uploadUrl, std::nullopt, 1);
   first->open();
@@ -54,8 +51,7 @@ TEST_F(MainWindowTest, TheBarMovesAndScreenReadersHearTheLinkEachTenthAndTheEnd)
 
 TEST_F(MainWindowTest, TheLinkStaysUsableWhileTheNextTryIsAwaited) {
   refuse(Call::finalize, "busy", 503);
-  open({first_, second_});
-  share("run.uploading");
+  openAndShare({first_, second_}, "run.uploading");
   ASSERT_TRUE(waitUntil([] { return button("run.retry") != nullptr; }));
   EXPECT_TRUE(showsText("busy"));
   EXPECT_EQ(heard(), localized("run.waiting").arg(1).arg(1).arg(5));
@@ -78,9 +74,8 @@ TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
     for (const bool closes : {false, true}) {
       SCOPED_TRACE(std::string(text) + (closes ? ", closing" : ", cancelling"));
       const auto before = count("delete session-1");
-      const auto gate = stall(stalled);
-      open({first_, second_});
-      share(text);
+      const auto gate = service_.hold(stalled);
+      openAndShare({first_, second_}, text);
       for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
         EXPECT_FALSE(window_->close());
         ASSERT_TRUE(waitUntil([] { return message()->isActiveWindow(); }));
@@ -116,8 +111,7 @@ TEST_F(MainWindowTest, AFailureIsToldOnThePageOfTheFormWithTheStateOfTheLink) {
     refuse(refused, "<b>No space</b> left");
     if (linkState == LinkState::left) refuse(Call::deleteSession, "no");
     useHistory(std::nullopt);
-    open({first_});
-    share("failure.title");
+    openAndShare({first_}, "failure.title");
     EXPECT_TRUE(heard().startsWith(localized("failure.title")));
     EXPECT_TRUE(showsText("<b>No space</b> left")) << "a server's text is no markup";
     const QString leftover = localized("leftover.message").arg(FakeService::link);
@@ -166,7 +160,7 @@ TEST_F(MainWindowTest, APageTakesNothingAtFirstAndWhatEndsOrDeletesIsWhereNoButt
     }
     return region;
   };
-  const auto gate = stall(Call::store);
+  const auto gate = service_.hold(Call::store);
   open({first_});
   const QRegion onForm = places(window_->findChildren<QAbstractButton*>());
   QPushButton& shareButton = *buttonWithText("Share");
@@ -199,8 +193,7 @@ TEST_F(MainWindowTest, ALinkIsNotLostUnseen) {
     SCOPED_TRACE(name);
     useHistory(isRemembered ? std::optional(folder_ / "history") : std::nullopt);
     QApplication::clipboard()->clear();
-    open({first_});
-    share("run.done");
+    openAndShare({first_}, "run.done");
     EXPECT_TRUE(showsText(isRemembered ? "run.remembered" : "run.not-remembered"));
     if (isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
     click("run.close");
@@ -214,8 +207,7 @@ TEST_F(MainWindowTest, ALinkIsNotLostUnseen) {
 
 TEST_F(MainWindowTest, WhatIsSharedCanBeDeletedAfterAQuestion) {
   refuse(Call::deleteSession, "no");
-  open({first_});
-  share("run.done");
+  openAndShare({first_}, "run.done");
   for (const char* const outcome : {"run.not-deleted", "deleted.title"}) {
     click("run.delete");
     ASSERT_NE(message(), nullptr);
@@ -231,11 +223,10 @@ TEST_F(MainWindowTest, WhatIsSharedCanBeDeletedAfterAQuestion) {
 TEST_F(MainWindowTest, TerminationIsBoundedAndTellsWhatIsLeft) {
   for (const bool isStalled : {true, false}) {
     SCOPED_TRACE(isStalled ? "nothing answers, and a question is open" : "done, never copied");
-    const auto store = stall(Call::store);
-    const auto deletion = stall(Call::deleteSession);
+    const auto store = service_.hold(Call::store);
+    const auto deletion = service_.hold(Call::deleteSession);
     if (!isStalled) store->open();
-    open({first_});
-    share(isStalled ? "run.uploading" : "run.done");
+    openAndShare({first_}, isStalled ? "run.uploading" : "run.done");
     window_->close();
     window_->terminate();
     ASSERT_TRUE(waitUntil([&] { return !window_->isVisible(); }));
@@ -245,8 +236,7 @@ TEST_F(MainWindowTest, TerminationIsBoundedAndTellsWhatIsLeft) {
 }
 
 TEST_F(MainWindowTest, EverythingHasANameAndIsReachedByKeyboard) {
-  open({first_});
-  share("run.done");
+  openAndShare({first_}, "run.done");
   click("run.qr-code");
   for (const int expectedGraphics : {1, 0}) {
     QSet<QWidget*> missing;

@@ -1,4 +1,3 @@
-#include <QAbstractItemView>
 
 #include <QuillbayPlatform/JSONDecoder.h>
 
@@ -36,8 +35,7 @@ TEST_F(SharesTest, WhatIsUnfinishedIsContinuedUnderTheSameLinkAndDeletedAfterAQu
     const auto deleted = count("delete session-1");
     const auto gate = service_.hold(Call::finalize, FakeService::refusal(413, "no"), 1);
     if (!isStopped) gate->open();
-    open({first_, second_});
-    share(isStopped ? "run.uploading" : "unfinished.title");
+    openAndShare({first_, second_}, isStopped ? "run.uploading" : "unfinished.title");
     if (isStopped) {
       const QString sent = localized("files.uploading").arg(100);
       ASSERT_TRUE(waitUntil([&] { return cell(0, FileListModel::state) == sent; }));

@@ -1,6 +1,5 @@
 #include <csignal>
 
-#include <QApplication>
 #include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -112,8 +111,7 @@ TEST_F(SystemTest, TheDesktopShowsTheProgressAndANotificationThatCopiesTheLink) 
   Desktop desktop;
   QGuiApplication::setDesktopFileName("desktop-file");
   const auto gate = service_.hold(Call::uploadUrl, std::nullopt, 1);
-  open({first_, second_});
-  share("run.uploading");
+  openAndShare({first_, second_}, "run.uploading");
   const QString entry = "application://desktop-file.desktop";
   EXPECT_TRUE(waitUntil([&] {
     const auto [name, update] = desktop.latestUpdate_;

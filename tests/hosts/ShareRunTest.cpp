@@ -197,15 +197,27 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
 }
 
 TEST_F(ShareRunTest, AFailureSaysWhichFileAndWhatBecameOfIt) {
-  const auto gate = service_.hold(Call::store, kDenied);
-  start();
-  waitForCall(Call::store);
-  folder_.write("file-2", "content of file-2 and more");
-  gate->open();
-  finish();
-  EXPECT_EQ(run_->failure()->fileIndex, 1U);
-  EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileGrew);
-  EXPECT_THAT(run_->failure()->advice.whatFailed, HasSubstr("file-2"));
+  const std::pair<host::FailureCause, std::function<void()>> rows[] = {
+      {host::FailureCause::storeDenied, [] {}},
+      {host::FailureCause::fileGrew, [&] { folder_.write("file-2", "content of file-2 and"); }},
+      {host::FailureCause::fileShrank, [&] { folder_.write("file-2", ""); }},
+      {host::FailureCause::fileOverwritten, [&] { folder_.write("file-2", "CONTENT of file-2"); }},
+      {host::FailureCause::fileVanished, [&] { std::filesystem::remove(second_); }},
+  };
+  for (const auto& [cause, act] : rows) {
+    folder_.write("file-2", "content of file-2");
+    std::filesystem::last_write_time(second_, std::filesystem::file_time_type());
+    const std::size_t earlierCount = service_.requests(Call::store).size();
+    const auto gate = service_.hold(Call::store, kDenied);
+    start();
+    waitForCall(Call::store, earlierCount);
+    act();
+    gate->open();
+    finish();
+    EXPECT_EQ(run_->failure()->fileIndex, 1U);
+    EXPECT_EQ(run_->failure()->advice.cause, cause);
+    EXPECT_THAT(run_->failure()->advice.whatFailed, HasSubstr("file-2"));
+  }
 }
 
 TEST_F(ShareRunTest, AFailedShareStaysWhereItCanBeContinued) {
