@@ -50,10 +50,8 @@ TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) 
                             {"QUILLBAY_CACERT", "ca.pem"},
                             {"ALL_PROXY", "http://proxy"}};
   const ShareOptions silent = share({"share", "file"}, variables);
-  EXPECT_EQ(silent.title, std::nullopt);
-  EXPECT_EQ(silent.expirationDate, std::nullopt);
+  EXPECT_FALSE(silent.title || silent.expirationDate || silent.common.instanceIdentifier);
   EXPECT_EQ(silent.linkType, cloud::SessionLinkType::page);
-  EXPECT_EQ(silent.common.instanceIdentifier, std::nullopt);
   EXPECT_EQ(silent.retryCount, 5);
   EXPECT_EQ(silent.common.network.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
   EXPECT_EQ(silent.common.network.caBundlePath, "ca.pem");

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <csignal>
 #include <sstream>
 
 #include "ChildProcess.h"

@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 
 #include <QBuffer>
-#include <QImage>
 #include <QMimeData>
 #include <QUrl>
 

@@ -1,11 +1,8 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QImage>
 #include <QMimeData>
 #include <QTreeView>
-
-#include <QuillbayPlatform/StringTable.h>
 
 #include "DesktopTest.h"
 

@@ -5,10 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QProcess>
-#include <QTest>
 #include <QTranslator>
-
-#include <QuillbayPlatform/StringTable.h>
 
 #include "DesktopTest.h"
 #include "hosts/desktop/Language.h"

@@ -8,10 +8,6 @@ const TestFile photo{"photo.jpg", std::string(700'000, 'p')};
 
 class Link : public RunningSandbox {
  protected:
-  std::string filePath(const json& session, std::size_t item) const {
-    return linkOf(session) + "/files/" + session["items"][item]["id"].get<std::string>();
-  }
-
   httplib::Result tryPassword(const json& session, const std::string& password) {
     return client_->Post(linkOf(session) + "/unlock", "password=" + password,
                          "application/x-www-form-urlencoded");
@@ -21,8 +17,8 @@ class Link : public RunningSandbox {
 TEST_F(Link, ShowsWhatHasArrivedAndWhatIsOnItsWay) {
   const json session = createSession({letter, photo});
   upload(session, 0, letter, "inline");
-  RawClient half(server_->port());
-  half.send(uploadHead(uploadTarget(session, 1), 700'000) + photo.bytes.substr(0, 350'000));
+  RawClient half(server_->port(),
+                 uploadHead(uploadTarget(session, 1), 700'000) + photo.bytes.substr(0, 350'000));
   const std::string page = pageWith("350.0 kB of 700.0 kB", linkOf(session));
   EXPECT_TRUE(page.contains("1 of 2 files have arrived"));
   EXPECT_TRUE(page.contains(linkOf(session) + "/files\">Check again"));

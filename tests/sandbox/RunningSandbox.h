@@ -141,6 +141,9 @@ class RunningSandbox : public testing::Test {
     return url.substr(url.find('/', std::string_view("https://").size()));
   }
   static std::string linkOf(const json& session) { return target(session["url"]); }
+  static std::string filePath(const json& session, std::size_t item) {
+    return linkOf(session) + "/files/" + session["items"][item]["id"].get<std::string>();
+  }
 
   /// "404", or "404 NoSuchKey" for the store's error documents.
   static std::string outcome(const httplib::Result& result) {

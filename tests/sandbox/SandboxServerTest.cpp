@@ -1,7 +1,5 @@
 #include <ChildProcess.h>
 
-#include <csignal>
-
 #include "sandbox/http/ConnectionThreads.h"
 #include "sandbox/http/OpenConnections.h"
 #include "sandbox/model/SessionStore.h"
@@ -18,8 +16,7 @@ TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
       createSession({letter, letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
   upload(session, 0, letter);
   const auto stored = put(uploadTarget(session, 1), letter);
-  RawClient half(server_->port());
-  half.send(uploadHead(uploadTarget(session, 2), 8) + "Dear");
+  RawClient half(server_->port(), uploadHead(uploadTarget(session, 2), 8) + "Dear");
   const std::string authority = readFile(server_->authorityFile());
   restart();
   EXPECT_EQ(readFile(server_->authorityFile()), authority);
@@ -92,7 +89,7 @@ TEST_F(Server, GivesTheThreadOfAnIdleConnectionToAClientThatWaits) {
   const std::string request = "GET /s/x HTTP/1.1\r\nHost: x\r\n\r\n";
   std::deque<RawClient> clients;
   for (int i = 0; i < 12; ++i) {
-    clients.emplace_back(server_->port()).send(request);
+    clients.emplace_back(server_->port(), request);
     EXPECT_TRUE(clients.back().receiveUntil("</html>\n").starts_with("HTTP/1.1 404 ")) << i;
   }
   // Those that were used last still have theirs.

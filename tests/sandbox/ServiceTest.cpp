@@ -1,4 +1,3 @@
-
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {

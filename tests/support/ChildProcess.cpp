@@ -49,10 +49,6 @@ bool ChildProcess::waitUntil(const std::function<bool()>& condition) {
   });
 }
 
-bool ChildProcess::waitToShow(const std::string& text) {
-  return waitUntil([&] { return shown_.contains(text); });
-}
-
 std::optional<int> ChildProcess::waitForExit() {
   static_cast<void>(waitUntil([this] {
     int status = 0;
@@ -75,8 +71,6 @@ bool ChildProcess::readTerminal() {
   if (count > 0) shown_.append(buffer.data(), static_cast<std::size_t>(count));
   return count > 0;
 }
-
-void ChildProcess::signal(int number) const { ::kill(process_, number); }
 
 void ChildProcess::type(const std::string& text) const {
   const auto length = static_cast<ssize_t>(text.size());

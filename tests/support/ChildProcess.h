@@ -1,7 +1,6 @@
 #pragma once
 
-#include <sys/types.h>
-
+#include <csignal>
 #include <functional>
 #include <optional>
 #include <string>
@@ -33,12 +32,14 @@ class ChildProcess {
   /// Waits until `condition` holds; false if it does not within a generous bound.
   [[nodiscard]] bool waitUntil(const std::function<bool()>& condition);
   /// Waits until the terminal has shown `text`.
-  [[nodiscard]] bool waitToShow(const std::string& text);
+  [[nodiscard]] bool waitToShow(const std::string& text) {
+    return waitUntil([&] { return shown_.contains(text); });
+  }
   /// Waits for the end of the process; its exit status, or 1000 and the signal that ended it, or
   /// nothing if it does not end.
   std::optional<int> waitForExit();
 
-  void signal(int number) const;
+  void signal(int number) const { ::kill(process_, number); }
   void type(const std::string& text) const;
   bool terminalEchoes() const;
   void turnEchoOn() const;

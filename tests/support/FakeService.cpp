@@ -11,15 +11,6 @@ FakeService::FakeService() {
   server_.onRequest([this](const Request& request) { return replyTo(request); });
 }
 
-void FakeService::setHook(Call call, Hook hook) {
-  const std::lock_guard lock(mutex_);
-  hooks_[call] = std::move(hook);
-}
-
-void FakeService::answer(Call call, const Reply& reply, int item) {
-  hold(call, reply, item)->open();
-}
-
 std::shared_ptr<Gate> FakeService::hold(Call call, const std::optional<Reply>& reply, int item) {
   const auto gate = std::make_shared<Gate>();
   const std::string name = item == 0 ? "" : "/item-" + std::to_string(item);
@@ -132,7 +123,7 @@ Reply FakeService::perform(const Arrival& arrival) {
 }
 
 Reply FakeService::sessionReply(int status) const {
-  const JSON session{{"id", sessionIdentifier}, {"token", token}, {"url", link}, {"items", items_}};
+  const JSON session{{"id", "session-1"}, {"token", token}, {"url", link}, {"items", items_}};
   return Reply::json(session.dump(), status);
 }
 
