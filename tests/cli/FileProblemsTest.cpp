@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-
 #include "TemporaryFolder.h"
 
 namespace quillbay::cli {

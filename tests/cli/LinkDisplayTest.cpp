@@ -15,10 +15,9 @@ class LinkDisplay : public ProgramTest {
     SCOPED_TRACE(row.command);
     const auto program = run(0, row.command + std::string(" file ") + row.redirection);
     EXPECT_THAT(program->terminal() + program->error(), HasSubstr(row.shown));
-    EXPECT_EQ(program->output(), row.redirection == kLink ? "" : link_ + "\n");
+    const bool isLinkOnTerminal = row.redirection == std::string(">/dev/tty");
+    EXPECT_EQ(program->output(), isLinkOnTerminal ? "" : link_ + "\n");
   }
-
-  static constexpr std::string_view kLink = ">/dev/tty";
 };
 
 TEST_F(LinkDisplay, theTerminalIsAskedToCopyTheLink) {

@@ -25,15 +25,13 @@ class ProgramTest : public testing::Test {
   using Program = std::unique_ptr<ChildProcess>;
 
   Program start(const std::string& command, std::string_view input = "") {
-    const std::string port = std::to_string(service_.server().port());
-    return std::make_unique<ChildProcess>(
-        folder_.path(),
-        "PATH=" QUILLBAY_PROGRAM_FOLDER
-        ":/usr/bin:/bin XDG_STATE_HOME=\"$PWD/state\" "
-        "QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" +
-            port + " QUILLBAY_CACERT=" + TestCertificates::shared().authorityPath().string() + " " +
-            command,
-        input);
+    const std::string environment =
+        "PATH='" QUILLBAY_PROGRAM_FOLDER
+        ":/usr/bin:/bin' XDG_STATE_HOME=\"$PWD/state\" QUILLBAY_CACERT='" +
+        TestCertificates::shared().authorityPath().string() +
+        "' QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" +
+        std::to_string(service_.server().port()) + " ";
+    return std::make_unique<ChildProcess>(folder_.path(), environment + command, input);
   }
 
   /// The program, once it has ended with `status`.

@@ -20,11 +20,8 @@
 namespace quillbay::desktop {
 
 using test::FakeService;
-using test::Gate;
 using test::message;
 using test::press;
-using test::Reply;
-using test::Request;
 using test::waitUntil;
 using Call = FakeService::Call;
 

@@ -106,7 +106,7 @@ TEST(Log, TellsOfAFailedHandshake) {
   server.start();
   httplib::Client("localhost", server.port()).Get("/");
   auto logged = line.get_future();
-  ASSERT_EQ(logged.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  ASSERT_EQ(logged.wait_for(test::generousBound()), std::future_status::ready);
   EXPECT_TRUE(logged.get().ends_with("TLS handshake failed: http request"));
 }
 
@@ -142,8 +142,9 @@ TEST(Program, AnnouncesItselfAndStopsOnASignalWithConnectionsOpen) {
       "export QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:(\\d+)\n"
       "export QUILLBAY_CACERT='/.*/it'\\\\''s data/tls/ca.pem'\n");
   for (const int number : {SIGINT, SIGTERM}) {
-    test::ChildProcess program(folder.path(), QUILLBAY_SANDBOX_PROGRAM
-                               " --port 0 --data \"$PWD/it's data\" --ready-file ready");
+    test::ChildProcess program(folder.path(),
+                               "'" QUILLBAY_SANDBOX_PROGRAM
+                               "' --port 0 --data \"$PWD/it's data\" --ready-file ready");
     std::string text;
     std::smatch port;
     ASSERT_TRUE(program.waitUntil([&] {

@@ -10,14 +10,14 @@
 
 namespace quillbay::test {
 
-/// A program as a process of its own, started in `folder` by a shell command without quotes that
-/// stay open. Its controlling terminal, of 80 columns, is in the test's hands. Killed and reaped
-/// when destroyed.
+/// A program as a process of its own, at a terminal of 80 columns that is in the test's hands.
+/// Killed and reaped when destroyed.
 class ChildProcess {
  public:
-  /// The command is the program with its arguments, "NAME=value"s before it and redirections
-  /// behind it: "<>/dev/tty" and "2>/dev/tty" are the terminal. PATH, the locale, TERM, and the
-  /// sanitizers' variables are given, standard input is `input`.
+  /// `command` is one simple command as a shell reads it in `folder`: "NAME=value"s, the program,
+  /// arguments, and redirections, of which "<>/dev/tty" and "2>/dev/tty" lead to the terminal. The
+  /// process has no other variables than PATH, TERM, the locale and those of the sanitizers. It
+  /// reads `input`, and the program takes the shell's place, so that signals reach it.
   ChildProcess(const std::filesystem::path& folder, const std::string& command,
                std::string_view input = "");
   ChildProcess(const ChildProcess&) = delete;
