@@ -1,0 +1,13 @@
+# [everything]
+scripts/demo    # installs what is missing, builds, and shares real files from end to end
+scripts/test    # the same set-up, then every test and check there is
+# [everything]
+
+# [release]
+cmake --preset release && cmake --build --preset release
+# [release]
+
+# [reference]
+cmake --build --preset release --target docs
+xdg-open build/release/docs/reference/html/index.html
+# [reference]
