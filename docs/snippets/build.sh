@@ -11,3 +11,9 @@ cmake --preset release && cmake --build --preset release
 cmake --build --preset release --target docs
 xdg-open build/release/docs/reference/html/index.html
 # [reference]
+
+# [work]
+cmake --preset dev
+cmake --build --preset dev --target CloudTests
+ctest --test-dir build/dev -R SessionController --output-on-failure
+# [work]
