@@ -1,6 +1,6 @@
-#include <QCoreApplication>
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
+#include <QCoreApplication>
 
 using namespace quillbay;
 
