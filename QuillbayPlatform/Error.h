@@ -23,10 +23,13 @@ class Error {
 
  protected:
   Error() = default;
+  /// For derived classes alone: a copy of the base would lose what it says.
   Error(const Error&) = default;
+  /// For derived classes alone.
   Error& operator=(const Error&) = default;
 };
 
+/// An error that is shared; null where there is none.
 using ErrorPtr = std::shared_ptr<const Error>;
 
 }  // namespace quillbay::platform

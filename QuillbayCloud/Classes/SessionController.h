@@ -41,7 +41,9 @@ class SessionController : public std::enable_shared_from_this<SessionController>
  public:
   /// The session as the service created it.
   using SessionCreation = std::move_only_function<void(const Session&)>;
+  /// How a run has ended: with the session, or with the error.
   using Completion = std::move_only_function<void(std::expected<Session, QuillbayCloudError>)>;
+  /// How a deletion has ended.
   using DeletionCompletion = std::move_only_function<void(std::expected<void, QuillbayCloudError>)>;
 
   /// Does no work.
@@ -51,7 +53,9 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   SessionController& operator=(const SessionController&) = delete;
   ~SessionController();
 
+  /// As given to `create`.
   const SessionContext& context() const { return context_; }
+  /// As given to `create`.
   const SessionConfiguration& configuration() const { return configuration_; }
 
   /// The upload of all files, 100 units a file, moving by bytes sent. Fingerprints and the creation
@@ -75,6 +79,7 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   /// A run that is cancelled, or whose controller is released, ends without `completion`, except
   /// for the failures that `cancel` and the lifetime above name.
   void createSession(SessionCreation sessionCreation, Completion completion);
+  /// The same without `sessionCreation`, for a host that shows the link at the end.
   void createSession(Completion completion);
 
   /// Uploads the files of an existing session that have not arrived, under its link, and returns at
@@ -102,6 +107,7 @@ class SessionController : public std::enable_shared_from_this<SessionController>
   /// and of those that it was told of by `resumeSession`.
   const std::vector<std::size_t>& uploadedItems() const;
 
+  /// Gets what the latest run is doing.
   using ActivityObserver = std::function<void(const SessionActivity&)>;
 
   /// Calls `observer` on the main queue after each change of the step, and at most ten times a

@@ -21,6 +21,7 @@ class ActivationGuard : public QObject {
   bool isOpen() const;
 
  protected:
+  /// Drops the presses named above; the guard must have been installed on the button.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
