@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 
 #include <string>
 
 namespace quillbay::platform {
 
 /// Why a transfer ended without a usable reply.
-class URLError final : public Error {
+class QUILLBAY_EXPORT URLError final : public Error {
  public:
   /// What kept the reply away.
   enum class Code {
@@ -30,7 +31,7 @@ class URLError final : public Error {
 
   /// What kept the reply away.
   Code code() const { return code_; }
-  std::string description() const override { return reason_; }
+  std::string description() const override;
 
  private:
   Code code_;
