@@ -2,6 +2,7 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 
 #include "CloudTesting.h"
+#include "TestCertificates.h"
 
 namespace quillbay::test {
 namespace {
@@ -128,6 +129,40 @@ TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
   host.share();
   ASSERT_TRUE(host.waitForEnd());
   EXPECT_EQ(host.events, (Lines{"session", "done", "session", "done"}));
+}
+
+TEST_F(SessionControllerLifetime, AHostThatExitsOrForksAtAnyMomentEndsCleanlyAndIsToldNoEndTwice) {
+  const std::string small = folder_.writePattern("small", 100'000);
+  // Beyond what the sockets' buffers take.
+  const std::string large = folder_.writeSparse("large", 64 * 1024 * 1024);
+  const auto expectCleanEnd = [](const ScriptedServer& service, const std::string& arguments) {
+    const std::string command =
+        "QUILLBAY_CACERT=" + TestCertificates::shared().authorityPath().string() +
+        " QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" +
+        std::to_string(service.port()) + " timeout -s KILL 10 " TORTURE_HOST " " + arguments;
+    EXPECT_EQ(std::system((command + " >/dev/null").c_str()), 0) << command;
+  };
+  for (int moment = 0; moment < 30'000; moment += 1'500) {
+    for (const std::string mode : {"return ", "exit "}) {
+      expectCleanEnd(service_.server(), mode + std::to_string(moment) + " " + small);
+    }
+  }
+  expectCleanEnd(service_.server(), "fork-unused 0 " + small);
+  ScriptedServer silent;
+  silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
+  for (const char* arguments : {"exit 10000 ", "exit-elsewhere 20000 ", "fork-idle 0 "}) {
+    expectCleanEnd(silent, arguments + small);
+  }
+  ScriptedServer stalled;
+  stalled.onConnection([](Connection& connection) {
+    connection.readRequest(1024 * 1024);
+    connection.waitFor(Gate());
+  });
+  service_.answer(Call::uploadUrl,
+                  Reply::json(R"({"url":")" + stalled.address("/", "localhost") + "\"}"));
+  for (const char* arguments : {"exit -1 ", "exit -1 ", "exit -1 ", "fork-busy -1 "}) {
+    expectCleanEnd(service_.server(), arguments + large);
+  }
 }
 
 }  // namespace

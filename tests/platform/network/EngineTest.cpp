@@ -1,8 +1,8 @@
 #include "NetworkTest.h"
 #include "ThreadLimit.h"
+#include "torture/DescriptorLimit.h"
 
 #include <QuillbayPlatform/network/Engine.h>
-#include <sys/resource.h>
 
 namespace quillbay::test {
 namespace {
@@ -23,22 +23,6 @@ class EngineTest : public NetworkTest {
 
   platform::ErrorPtr error_;  // of the last transfer, written before endCount_
   std::atomic<int> endCount_ = 0;
-};
-
-/// While it lives, this process can open no further file and no socket.
-class NoDescriptors {
- public:
-  NoDescriptors() {
-    ::getrlimit(RLIMIT_NOFILE, &previous_);
-    const rlimit none = {0, previous_.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &none);
-  }
-  ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
-  NoDescriptors(const NoDescriptors&) = delete;
-  NoDescriptors& operator=(const NoDescriptors&) = delete;
-
- private:
-  rlimit previous_;
 };
 
 TEST_F(EngineTest, ComesAndGoesIdleAndInAnyPhaseOfATransferWhichEndsExactlyOnce) {
@@ -64,7 +48,7 @@ TEST_F(EngineTest, WithoutAThreadOrDescriptorATransferFailsAtOnceAndTheNextOneTr
     EXPECT_THAT(error_->description(), testing::EndsWith("the system has no thread to give"));
   }
   {
-    const NoDescriptors none;
+    const DescriptorLimit none(0);
     start(engine);
   }
   EXPECT_EQ(endCount_, 2);

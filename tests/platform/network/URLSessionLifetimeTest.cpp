@@ -124,33 +124,5 @@ TEST_F(URLSessionLifetimeTest, AnUploadTakesNoSignalsLeavesNothingToInheritAndCh
   EXPECT_EQ(processState(), stateBefore);
 }
 
-TEST_F(URLSessionLifetimeTest,
-       AHostThatExitsOrForksAmidAnUploadEndsCleanlyAndItsTasksNeverEndTwice) {
-  const auto file = folder_.writeSparse("file", 4096 * mebibyte);
-  const std::string authority = TestCertificates::shared().authorityPath();
-  ScriptedServer stalled;
-  stalled.onConnection(stallUpload);
-  ScriptedServer silent;
-  silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
-  struct Row {
-    const char* mode;
-    const ScriptedServer& server;
-    int roundCount;
-  };
-  const std::vector<Row> rows = {
-      {"exit", server_, 20},       {"exit", stalled, 5}, {"exit-at-once", server_, 10},
-      {"exit-at-once", silent, 3}, {"fork", stalled, 1}, {"fork-idle", stalled, 1},
-      {"fork-unused", stalled, 1},
-  };
-  for (const Row& row : rows) {
-    // Ends one that hangs.
-    const std::string command = "timeout -s KILL 10 " NETWORK_GUEST " " + std::string(row.mode) +
-                                " " + row.server.address() + " " + authority + " " + file.string();
-    for (int round = 0; round < row.roundCount; ++round) {
-      ASSERT_EQ(std::system(command.c_str()), 0) << command << ", round " << round;
-    }
-  }
-}
-
 }  // namespace
 }  // namespace quillbay::test
