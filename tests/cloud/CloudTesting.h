@@ -125,6 +125,7 @@ struct Host {
   [[nodiscard]] bool waitForEnd() const {
     return waitUntil([this] { return livingObjectCount == 0; });
   }
+  [[nodiscard]] bool shareToEnd() { return share(), waitForEnd(); }
 
   /// Called inside the callbacks, after they are noted.
   std::function<void()> onSession = [] {};

@@ -9,8 +9,9 @@ namespace {
 
 using cloud::SessionController;
 
-/// Where a run of two files stands when the host acts: among others, a reply is on its way.
-enum Phase { idle, fingerprinting, reply, session, completion };
+/// Where a run of two files stands when the host acts: among others, a reply is on its way, or the
+/// run's own report.
+enum Phase { idle, fingerprinting, reply, session, report, completion };
 enum Action { cancel, release };
 
 /// The last things that a run does: its last call, and the end of its last line in the log, which
@@ -52,6 +53,8 @@ const Interruption kInterruptions[] = {
     {"ReleaseFailingCreation", reply, Call::createSession, release, true, kGone, kCreated},
     {"CancelInSessionCallback", session, Call::unknown, cancel, false, kSession, kCreated},
     {"ReleaseInSessionCallback", session, Call::unknown, release, false, kSession, kCreated},
+    {"CancelReport", report, Call::createSession, cancel, true, kSession, kCreated},
+    {"ReleaseReport", report, Call::createSession, release, true, kSession, kCreated},
     {"CancelRequesting", reply, Call::uploadUrl, cancel, false, kSession, kStopped},
     {"ReleaseRequesting", reply, Call::uploadUrl, release, false, kSession, kAddressed},
     {"CancelUploading", reply, Call::store, cancel, false, kSession, kStopped},
@@ -72,6 +75,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, SessionControllerInterruption, testing::ValuesIn(
 
 TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   const auto& row = GetParam();
+  const Reply withoutItems = Reply::json(R"({"id":"s","url":"https://q.example","items":[]})");
+  if (row.phase == report) service_.answer(row.call, withoutItems);
   std::shared_ptr<Gate> gate;
   if (row.phase == reply) {
     gate = service_.hold(row.call, row.callFails ? std::optional(gone_) : std::nullopt);
@@ -84,6 +89,7 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
     EXPECT_TRUE(weakController.expired()) << "kept alive by its work";
   };
   if (row.phase == session) host.onSession = act;
+  if (row.phase == report) host.onSession = [&] { platform::DispatchQueue::main().async(act); };
   if (row.phase == completion) host.onEnd = act;
   if (row.phase == idle) act();
   host.share();
@@ -103,31 +109,12 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   EXPECT_EQ(calls.empty() ? "" : calls.back(), row.end.call);
 }
 
-// The queue has found its error and posted it; the host acts before it arrives.
-TEST_F(SessionControllerLifetime, AReportUnderWayIsNotDeliveredAfterCancelOrRelease) {
-  service_.answer(Call::createSession,
-                  Reply::json(R"({"id":"s","url":"https://q.example","items":[]})"));
-  for (const Action action : {cancel, release}) {
-    Host host(files(1));
-    host.onSession = [&] {
-      platform::DispatchQueue::main().async([&] {
-        if (action == cancel) return host.controller->cancel();
-        host.controller.reset();
-      });
-    };
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
-    EXPECT_EQ(host.events, Lines{"session"});
-  }
-}
-
 TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
   Host host(files(2));
   host.onEnd = [&] {
     if (host.sessions.size() == 2) host.share();
   };
-  host.share();
-  ASSERT_TRUE(host.waitForEnd());
+  ASSERT_TRUE(host.shareToEnd());
   EXPECT_EQ(host.events, (Lines{"session", "done", "session", "done"}));
 }
 
@@ -148,6 +135,9 @@ TEST_F(SessionControllerLifetime, AHostThatExitsOrForksAtAnyMomentEndsCleanlyAnd
     }
   }
   expectCleanEnd(service_.server(), "fork-unused 0 " + small);
+  // Takes longer to read than is waited for.
+  const std::string huge = folder_.writeSparse("huge", std::uint64_t{1} << 36);
+  expectCleanEnd(service_.server(), "exit 10000 " + huge);
   ScriptedServer silent;
   silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
   for (const char* arguments : {"exit 10000 ", "exit-elsewhere 20000 ", "fork-idle 0 "}) {

@@ -89,8 +89,7 @@ TEST_F(SessionControllerTest, TellsEachStepAndProgressGoesFromZeroToOneAndNeverB
 TEST_F(SessionControllerTest, OnlyADirectLinkIsUploadedForInlineDisplay) {
   for (const auto linkType : SessionLinkType::allCases) {
     Host host(files(1), {{}, {}, linkType, {}, false});
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
+    ASSERT_TRUE(host.shareToEnd());
     const auto disposition = service_.requests(Call::store).back().field("Content-Disposition");
     EXPECT_EQ(disposition->starts_with("inline;"), linkType == SessionLinkType::directLink);
   }
@@ -112,8 +111,7 @@ TEST_F(SessionControllerTest, FilesThatCannotBeAnnouncedAreNamedAndEndTheRunBefo
   for (const auto& [urls, error, badIndices] : rows) {
     SCOPED_TRACE(urls[0].path());
     Host host(urls);
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
+    ASSERT_TRUE(host.shareToEnd());
     EXPECT_EQ(host.events, Lines{error});
     std::vector<SessionActivity::File> badFiles;
     for (const std::size_t index : badIndices) badFiles.push_back({index, urls[index]});
@@ -162,8 +160,7 @@ TEST_F(SessionControllerTest, AFailureEndsTheRunWithOneErrorOfItsOwnForEachStep)
       EXPECT_EQ(textOf(host.controller->activity()), row.activity);
       EXPECT_EQ(host.controller->activity().transportError != nullptr, row.isUnanswered);
     };
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
+    ASSERT_TRUE(host.shareToEnd());
     const bool isCreated = row.call != Call::createSession || row.reply.status == 200;
     EXPECT_EQ(host.events, isCreated ? (Lines{"session", row.error}) : Lines{row.error});
     const SessionActivity& activity = host.controller->activity();
@@ -198,8 +195,7 @@ TEST_F(SessionControllerTest, AnAnnouncedFileMayShrinkOrVanish) {
       if (vanishes) return std::filesystem::remove(changing.path()), void();
       std::filesystem::resize_file(changing.path(), 3);
     };
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
+    ASSERT_TRUE(host.shareToEnd());
     EXPECT_EQ(host.events, (Lines{"session", vanishes ? "invalidFile" : "done"}));
   }
   EXPECT_EQ(service_.requests(Call::store).size(), 1U);
@@ -209,8 +205,7 @@ TEST_F(SessionControllerTest, SendsAnEntityTagAsItIsAndLogsItInOneLine) {
   const std::string tag = "\"a\u0085b\u202E\"";
   service_.answer(Call::store, {.headerFields = {{"ETag", tag}}});
   Host host(files(1));
-  host.share();
-  ASSERT_TRUE(host.waitForEnd());
+  ASSERT_TRUE(host.shareToEnd());
   const auto sent = nlohmann::json::parse(service_.requests(Call::finalize).at(0).body);
   EXPECT_EQ(sent["etag"], tag);
   EXPECT_EQ(RecordingLogger::lines().at(5),
@@ -223,8 +218,7 @@ TEST_F(SessionControllerTest, NothingSecretIsEverLogged) {
                               Reply::json(R"({"url":"file:///etc/passwd?signature=secret"})")}) {
       service_.answer(call, reply);
       Host host(files(1));
-      host.share();
-      ASSERT_TRUE(host.waitForEnd());
+      ASSERT_TRUE(host.shareToEnd());
     }
     service_.setHook(call, nullptr);
   }

@@ -42,8 +42,7 @@ TEST(SessionItemUploadResult, IsATagOnlyForA200AndElseTheBestReasonThereIs) {
 // The Release... rows of SessionControllerLifetimeTest show the same of the other replies.
 TEST_F(ServiceTest, TheReplyToTheFinalizationDoesNotKeepItsUploaderAlive) {
   Host host(files(1));
-  host.share();
-  ASSERT_TRUE(host.waitForEnd());
+  ASSERT_TRUE(host.shareToEnd());
   const cloud::Session& session = host.sessions.at(0);
   auto uploader = SessionItemUploader::create(webservice_, session, items(session).at(0),
                                               file("another"), false);

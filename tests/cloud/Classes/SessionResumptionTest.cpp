@@ -20,8 +20,7 @@ class SessionResumptionTest : public ServiceTest {
     const auto itemCalls = {Call::uploadUrl, Call::store, Call::finalize};
     for (const Call call : itemCalls) service_.setHook(call, hook);
     Host host(files(3));
-    host.share();
-    EXPECT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(host.shareToEnd());
     EXPECT_EQ(count, callCount + 1) << "calls after the failure";
     for (const Call call : itemCalls) service_.setHook(call, nullptr);
     return host;

@@ -116,15 +116,13 @@ TEST_F(URLSessionConnectionTest, AServerThatWillNotBeAskedGetsTheWholeRequestOnc
 TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
   const auto file = folder_.writePattern("file", 100'000);
   server_.onRequest([](const Request& got) { return Reply{.body = got.target()}; });
-  std::atomic<int> requestCount = 0;
   std::array<std::vector<RunningTask>, 4> tasks;
   std::vector<std::jthread> threads;
   for (auto& tasksOfThread : tasks) {
     threads.emplace_back([&] {
       const auto session = URLSession::create();
       for (int index = 0; index < 25; ++index) {
-        const auto path = "/" + std::to_string(++requestCount);
-        const auto put = storeRequest(server_.address(path), 100'000);
+        const auto put = storeRequest(server_.address("/" + std::to_string(index)), 100'000);
         tasksOfThread.push_back(index % 2 == 0
                                     ? RunningTask(put, file, *session)
                                     : RunningTask({"GET", put.url}, std::nullopt, *session));

@@ -30,13 +30,13 @@ std::set<int> numbersIn(const char* folder) {
 /// What whoever started this process left open.
 const std::set<int> inheritedDescriptors = numbersIn("/proc/self/fd");
 
-std::uint64_t blockedSignals(int thread) {
-  std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
-  const std::string_view key = "SigBlk:\t";
+/// The line of a status file of /proc that begins with `key`; "" if its thread has ended.
+std::string statusLine(const std::string& path, std::string_view key) {
+  std::ifstream status(path);
   for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(key)) return std::stoull(line.substr(key.size()), nullptr, 16);
+    if (line.starts_with(key)) return line;
   }
-  return ~std::uint64_t{0};  // the thread has ended
+  return "";
 }
 
 /// Not libcurl's own wake-up pair, over which its user has no say.
@@ -89,11 +89,8 @@ TEST_F(URLSessionLifetimeTest, WhatAHandlerHoldsIsReleasedOnTheMainQueue) {
 std::vector<std::string> processState() {
   std::vector<std::string> state = {std::setlocale(LC_ALL, nullptr)};
   for (char** entry = environ; *entry != nullptr; ++entry) state.emplace_back(*entry);
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    for (const char* key : {"Umask", "SigBlk", "SigIgn", "SigCgt"}) {
-      if (line.starts_with(key)) state.push_back(line);
-    }
+  for (const char* key : {"Umask", "SigBlk", "SigIgn", "SigCgt"}) {
+    state.push_back(statusLine("/proc/self/status", key));
   }
   return state;
 }
@@ -103,7 +100,10 @@ TEST_F(URLSessionLifetimeTest, AnUploadTakesNoSignalsLeavesNothingToInheritAndCh
   RunningTask running = stalledUpload();
   for (const int thread : numbersIn("/proc/self/task")) {
     if (thread == ::getpid()) continue;
-    const std::uint64_t blocked = blockedSignals(thread);
+    const std::string line =
+        statusLine("/proc/self/task/" + std::to_string(thread) + "/status", "SigBlk:");
+    if (line.empty()) continue;
+    const std::uint64_t blocked = std::stoull(line.substr(8), nullptr, 16);
     for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGALRM, SIGCHLD}) {
       EXPECT_TRUE(blocked >> (signal - 1) & 1) << "thread " << thread << ", signal " << signal;
     }
