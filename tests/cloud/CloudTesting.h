@@ -4,7 +4,7 @@
 #include <QuillbayCloud/service/Configuration.h>
 #include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayPlatform/JSONDecoder.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <any>

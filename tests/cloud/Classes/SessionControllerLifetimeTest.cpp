@@ -118,7 +118,7 @@ TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
   EXPECT_EQ(host.events, (Lines{"session", "done", "session", "done"}));
 }
 
-TEST_F(SessionControllerLifetime, AHostThatExitsOrForksAtAnyMomentEndsCleanlyAndIsToldNoEndTwice) {
+TEST_F(SessionControllerLifetime, AHostThatExitsForksOrLacksWhatItNeedsAtAnyMomentEndsCleanly) {
   const std::string small = folder_.writePattern("small", 100'000);
   // Beyond what the sockets' buffers take.
   const std::string large = folder_.writeSparse("large", 64 * 1024 * 1024);
@@ -138,6 +138,10 @@ TEST_F(SessionControllerLifetime, AHostThatExitsOrForksAtAnyMomentEndsCleanlyAnd
   // Takes longer to read than is waited for.
   const std::string huge = folder_.writeSparse("huge", std::uint64_t{1} << 36);
   expectCleanEnd(service_.server(), "exit 10000 " + huge);
+  for (const char* arguments : {"threads 0 ", "threads 1 ", "threads 2 ", "descriptors 0 ",
+                                "descriptors 1 ", "descriptors 2 ", "descriptors 3 "}) {
+    expectCleanEnd(service_.server(), arguments + small);
+  }
   ScriptedServer silent;
   silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
   for (const char* arguments : {"exit 10000 ", "exit-elsewhere 20000 ", "fork-idle 0 "}) {

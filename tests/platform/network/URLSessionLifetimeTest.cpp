@@ -97,7 +97,11 @@ std::vector<std::string> processState() {
 
 TEST_F(URLSessionLifetimeTest, AnUploadTakesNoSignalsLeavesNothingToInheritAndChangesNoSetting) {
   const auto stateBefore = processState();
-  RunningTask running = stalledUpload();
+  server_.onConnection(stallUpload);
+  // By way of a host's name.
+  RunningTask running(storeRequest(server_.address("/", "localhost"), longByteCount),
+                      folder_.writeSparse("stalled", longByteCount));
+  EXPECT_TRUE(waitUntil([&] { return running.progress()->fractionCompleted() > 0; }));
   for (const int thread : numbersIn("/proc/self/task")) {
     if (thread == ::getpid()) continue;
     const std::string line =

@@ -1,5 +1,6 @@
 #include "NetworkTest.h"
 
+#include <QuillbayPlatform/network/ReplyCollector.h>
 #include <zlib.h>
 
 #include <clocale>
@@ -63,6 +64,15 @@ TEST_F(URLSessionReplyTest, OnlyACompleteFinalReplyIsASuccessAndOnlyItsOwnFields
       EXPECT_EQ(outcome.response->valueForHTTPHeaderField("ETag"), row.tag);
     }
   }
+}
+
+TEST(ReplyCollectorTest, AReplyToARepeatedRequestTakesThePlaceOfTheFirst) {
+  platform::ReplyCollector collector(100);
+  EXPECT_TRUE(collector.appendHeaderLine("HTTP/1.1 401 No\r\n"));
+  EXPECT_TRUE(collector.appendHeaderLine("\r\n"));
+  EXPECT_TRUE(collector.appendBody("first"));
+  EXPECT_TRUE(collector.appendHeaderLine("HTTP/1.1 200 OK\r\n"));
+  EXPECT_EQ(collector.takeBody(), "");
 }
 
 TEST_F(URLSessionReplyTest, ADataReplyIsBoundedUnpackedHoweverSmallItTravels) {
