@@ -171,22 +171,6 @@ TEST_F(SessionControllerTest, AFailureEndsTheRunWithOneErrorOfItsOwnForEachStep)
   }
 }
 
-TEST_F(SessionControllerTest, ACancelledRunSaysSoAndStillNotesWhatArrives) {
-  const auto gate = service_.hold(Call::finalize);
-  Host host(files(2));
-  std::string told;
-  const auto observation =
-      host.controller->observeActivity([&](const auto& activity) { told = textOf(activity); });
-  host.share();
-  ASSERT_TRUE(waitUntil([&] { return told == "finalizing 1"; }));
-  host.controller->cancel();
-  EXPECT_EQ(textOf(host.controller->activity()), "cancelled in finalizing 1");
-  gate->open();
-  EXPECT_TRUE(waitUntil([&] { return !host.controller->uploadedItems().empty(); }));
-  EXPECT_EQ(host.controller->uploadedItems(), std::vector<std::size_t>{1});
-  EXPECT_EQ(told, "cancelled in finalizing 1");
-}
-
 TEST_F(SessionControllerTest, AnAnnouncedFileMayShrinkOrVanish) {
   for (const bool vanishes : {false, true}) {
     const URL changing = file("changing", "content");

@@ -88,22 +88,26 @@ TEST_F(SessionResumptionTest, FilesThatArrivedNeedNotExistAndTheOthersMustBeTheA
   }
 }
 
-TEST_F(SessionResumptionTest, EndsWithTheServicesRefusalAndWhenCancelledWithoutACallback) {
+TEST_F(SessionResumptionTest, ACancelledRunTellsNoEndSaysSoAndStillNotesWhatArrives) {
   const Host host = shareUntil(3);
   for (const bool isCancelled : {false, true}) {
     const auto gate =
         service_.hold(Call::uploadUrl, isCancelled ? std::nullopt : std::optional(gone_));
     Host resumed(files(3));
-    resumed.resume(kept(host), {2});
     const auto& controller = *resumed.controller;
-    ASSERT_TRUE(waitUntil([&] { return textOf(controller.activity()) == "requesting 1"; }));
+    std::string told;
+    const auto observation =
+        resumed.controller->observeActivity([&](const auto& activity) { told = textOf(activity); });
+    resumed.resume(kept(host), {2});
+    ASSERT_TRUE(waitUntil([&] { return told == "requesting 1"; }));
     if (isCancelled) resumed.controller->cancel();
     gate->open();
-    const std::size_t count = isCancelled ? 2 : 1;
-    EXPECT_TRUE(waitUntil([&] { return controller.uploadedItems().size() == count; }));
+    const Indices uploaded = isCancelled ? Indices{2, 1} : Indices{2};
+    EXPECT_TRUE(waitUntil([&] { return controller.uploadedItems() == uploaded; }));
     ASSERT_TRUE(resumed.waitForEnd());
     drainMainQueue();
     EXPECT_EQ(resumed.events.size(), isCancelled ? 0U : 1U);
+    EXPECT_EQ(told, isCancelled ? "cancelled in requesting 1" : "failed in requesting 1");
   }
 }
 

@@ -90,8 +90,11 @@ class RunningTask {
   std::shared_ptr<platform::URLSessionTask> task_;
 };
 
-inline platform::URLRequest request(std::string method, std::string_view address) {
-  return {std::move(method), platform::URL::parse(address).value()};
+inline platform::URLRequest request(std::string method, std::string_view address,
+                                    std::optional<std::string> body = std::nullopt) {
+  platform::URLRequest made(std::move(method), platform::URL::parse(address).value());
+  made.body = std::move(body);
+  return made;
 }
 
 /// A PUT with the three fields of a store upload.

@@ -6,7 +6,6 @@
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 #include <latch>
 #include <set>
