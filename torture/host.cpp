@@ -211,7 +211,7 @@ void runShort(int count) {
     share.start();
     share.runToItsEnd();
   }
-  Share& next = *new Share;
+  static Share& next = *new Share;
   next.start();
   next.runToItsEnd();
   if (next.outcome != kSuccess) ::_exit(notRecovered);

@@ -107,6 +107,7 @@ TEST_F(SessionResumptionTest, ACancelledRunTellsNoEndSaysSoAndStillNotesWhatArri
     ASSERT_TRUE(resumed.waitForEnd());
     drainMainQueue();
     EXPECT_EQ(resumed.events.size(), isCancelled ? 0U : 1U);
+    EXPECT_EQ(textOf(controller.activity()), told);
     EXPECT_EQ(told, isCancelled ? "cancelled in requesting 1" : "failed in requesting 1");
   }
 }
