@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -8,9 +9,10 @@ namespace quillbay::core {
 /// The text for `key` in the string table "QuillbayCore", in the user's language (see
 /// `platform::preferredLanguages`), else in English; `key` itself if the table lacks it. UTF-8. Any
 /// thread.
-///
-/// "date.minutes", "date.hours", "date.days" and "date.months" are formats that take one integer:
-/// see `platform::formatted`.
 std::string Localized(std::string_view key);
+
+/// The same in the plural form that `number` takes in that language. "date.minutes", "date.hours",
+/// "date.days" and "date.months" are formats for it: see `platform::formatted`.
+std::string Localized(std::string_view key, std::int64_t number);
 
 }  // namespace quillbay::core
