@@ -10,6 +10,8 @@
 #include <set>
 #include <string>
 
+#include "Languages.h"
+
 namespace quillbay::host {
 namespace {
 
@@ -128,24 +130,38 @@ const struct {
 };
 
 TEST(FailureAdvice, namesTheCauseOfEveryFailureInEveryLanguage) {
-  platform::setPreferredLanguages({"de"});
   std::set<Cause> causes;
   for (const auto& row : kRows) {
     const auto advice = FailureAdvice::of(row.error, row.context, FailureAudience::terminal);
     EXPECT_EQ(advice.cause, row.cause) << advice.whatFailed;
     EXPECT_THAT(advice.whatFailed, HasSubstr(row.shown));
-    const auto german = FailureAdvice::of(row.error, row.context, FailureAudience::window);
-    for (const auto& text :
-         {advice.whatFailed, advice.whatToDo, german.whatFailed, german.whatToDo}) {
-      EXPECT_THAT(text, Not(ContainsRegex("[.]what|[.]do|step[.]")));
+    for (const char* const language : test::kLanguages) {
+      platform::setPreferredLanguages({language});
+      const auto shown = FailureAdvice::of(row.error, row.context, FailureAudience::window);
+      for (const auto& text :
+           {advice.whatFailed, advice.whatToDo, shown.whatFailed, shown.whatToDo}) {
+        EXPECT_THAT(text, Not(ContainsRegex("[.]what|[.]do|step[.]")));
+      }
+      if (language == std::string("en")) continue;
+      EXPECT_NE(advice.whatFailed, shown.whatFailed);
+      EXPECT_NE(advice.whatToDo, shown.whatToDo);
     }
-    EXPECT_NE(advice.whatFailed, german.whatFailed);
-    EXPECT_NE(advice.whatToDo, german.whatToDo);
     causes.insert(advice.cause);
   }
   EXPECT_EQ(nameOf(Cause::connectionLost), "connection-lost");
   EXPECT_EQ(causes.size(), static_cast<std::size_t>(Cause::missingItems) + 1);
   platform::setPreferredLanguages({});
+}
+
+TEST(FailureAdvice, followsTheRulesOfTheLanguageForColonsAndCapitals) {
+  platform::setPreferredLanguages({"fr"});
+  const auto error = refusal(507, "Full");
+  const auto advice = FailureAdvice::of(error, at(creatingSession), FailureAudience::window);
+  EXPECT_THAT(advice.whatFailed, HasSubstr("session\u00a0: le service est en panne\u00a0: Full"));
+  platform::setPreferredLanguages({});
+  EXPECT_EQ(sentence("\u017ale"), "\u0179le.");
+  EXPECT_EQ(sentence("a \xff."), "A \xff.");
+  EXPECT_EQ(sentence("\xff"), "\xff.");
 }
 
 TEST(FailureAdvice, tellsOfOptionsOnTheCommandLineOnly) {

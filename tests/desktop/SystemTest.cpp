@@ -62,8 +62,10 @@ TEST_F(SystemTest, EverythingIsInOneLanguage) {
     const char* cancel;  // Qt's
   };
   const QLocale before;
-  for (const Row& row : {Row{{"fr_FR"}, "Close", "Cancel"}, Row{{"ar"}, "Close", "Cancel"},
-                         Row{{"fr", "de_AT", "en"}, "Schließen", "Abbrechen"}}) {
+  for (const Row& row :
+       {Row{{"nl_NL"}, "Close", "Cancel"}, Row{{"ar"}, "Close", "Cancel"},
+        Row{{"nl", "de_AT", "en"}, "Schließen", "Abbrechen"}, Row{{"es_ES"}, "Cerrar", "Cancelar"},
+        Row{{"fr_CA"}, "Fermer", "Annuler"}, Row{{"pl_PL"}, "Zamknij", "Anuluj"}}) {
     SCOPED_TRACE(row.preferred.front());
     platform::setPreferredLanguages(row.preferred);
     QTranslator translator;
