@@ -10,7 +10,8 @@ namespace quillbay::platform {
 /// grow.
 inline constexpr std::string_view kPseudoLanguage = "en_XA";
 
-/// `english` between brackets and longer by half, as no translation is. Any thread.
+/// `english` between brackets and longer by half, as few translations are; unchanged without a
+/// letter. Any thread.
 std::string pseudoLocalized(std::string_view english);
 
 }  // namespace quillbay::platform

@@ -46,8 +46,6 @@ QString shownShortName(const std::string& name) {
   return text.first(kLongestName / 2) + "…" + text.last((kLongestName / 2) - 1);
 }
 
-QString quotedName(const std::string& name) { return QLocale().quoteString(shownShortName(name)); }
-
 QString byteCountText(std::uint64_t byteCount) {
   if (byteCount == 1) return localized("files.bytes.one");
   const auto number = static_cast<qint64>(byteCount);

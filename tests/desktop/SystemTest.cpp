@@ -7,12 +7,8 @@
 #include <QDBusVirtualObject>
 #include <QProcess>
 #include <QTest>
-#include <QTranslator>
-
-#include <QuillbayPlatform/StringTable.h>
 
 #include "DesktopTest.h"
-#include "hosts/desktop/Language.h"
 #include "hosts/desktop/Notifications.h"
 
 namespace quillbay::desktop {
@@ -53,29 +49,6 @@ TEST_F(SystemTest, ASignalEndsTheProgramInOrder) {
   program.terminate();
   ASSERT_TRUE(program.waitForFinished(10'000));
   EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-}
-
-TEST_F(SystemTest, EverythingIsInOneLanguage) {
-  struct Row {
-    std::vector<std::string> preferred;
-    const char* close;   // ours
-    const char* cancel;  // Qt's
-  };
-  const QLocale before;
-  for (const Row& row :
-       {Row{{"nl_NL"}, "Close", "Cancel"}, Row{{"ar"}, "Close", "Cancel"},
-        Row{{"nl", "de_AT", "en"}, "Schließen", "Abbrechen"}, Row{{"es_ES"}, "Cerrar", "Cancelar"},
-        Row{{"fr_CA"}, "Fermer", "Annuler"}, Row{{"pl_PL"}, "Zamknij", "Anuluj"}}) {
-    SCOPED_TRACE(row.preferred.front());
-    platform::setPreferredLanguages(row.preferred);
-    QTranslator translator;
-    applyLanguage(translator);
-    EXPECT_EQ(localized("run.close").remove('&').toStdString(), row.close);
-    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel").toStdString(), row.cancel);
-    EXPECT_EQ(QGuiApplication::layoutDirection(), Qt::LeftToRight);
-    EXPECT_EQ(QLocale().decimalPoint(), row.cancel == QString("Cancel") ? "." : ",");
-  }
-  QLocale::setDefault(before);
 }
 
 /// What a desktop offers to programs, seen from its side of the bus.
