@@ -1,6 +1,4 @@
 #include <QuillbayCore/DateExpirationOption.h>
-#include <QuillbayCore/Localized.h>
-#include <QuillbayPlatform/StringTable.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -54,14 +52,6 @@ TEST(DateExpirationOption, TheClosestIsTheNearestInTimeAndNeverIsForDatesThatNev
     EXPECT_EQ(Option::closest(option.date(now), now), option);
     EXPECT_EQ(Option::closest(option.date()), option);
   }
-}
-
-TEST(DateExpirationOption, ItsUnitTakesTheFormForItsCount) {
-  platform::setPreferredLanguages({"pl"});
-  EXPECT_EQ(Localized("date.months", 1), "%d miesiąc");
-  EXPECT_EQ(Localized("date.months", 2), "%d miesiące");
-  EXPECT_EQ(Localized("date.months", 12), "%d miesięcy");
-  platform::setPreferredLanguages({});
 }
 
 }  // namespace
