@@ -1,5 +1,6 @@
 
 
+#include "Languages.h"
 #include "ShareSheetTest.h"
 
 namespace quillbay::cloud {
@@ -70,11 +71,10 @@ class ShareSheetLayoutTest : public ShareSheetTest {
 
 TEST_F(ShareSheetLayoutTest, EveryPartStandsWhereItBelongsAtEverySizeAndNothingIsCut) {
   QImage logo(40, 20, QImage::Format_RGB32);
-  // The last is longer than any language.
-  const std::pair<const char*, Qt::LayoutDirection> rows[] = {
-      {"en", Qt::LeftToRight},   {"de", Qt::LeftToRight}, {"es", Qt::LeftToRight},
-      {"fr", Qt::LeftToRight},   {"pl", Qt::LeftToRight}, {"en", Qt::RightToLeft},
-      {"en_XA", Qt::LeftToRight}};
+  // The pseudo-locale is longer than any language.
+  std::vector<std::pair<const char*, Qt::LayoutDirection>> rows = {{"en_XA", Qt::LeftToRight},
+                                                                   {"en", Qt::RightToLeft}};
+  for (const char* const language : test::kLanguages) rows.emplace_back(language, Qt::LeftToRight);
   for (const auto& [language, direction] : rows) {
     SCOPED_TRACE(testing::Message() << language << direction);
     platform::setPreferredLanguages({language});
