@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <QList>
 #include <QWidget>
 
@@ -7,8 +9,9 @@ namespace quillbay::core {
 
 /// The ground on which a sheet's form stands: filled with the window's colour, so that a sheet
 /// looks the same in a window, a dialog and a popover. Main thread.
-class FormSheetContentView : public QWidget {
+class QUILLBAY_EXPORT FormSheetContentView : public QWidget {
  public:
+  /// An empty ground without a parent.
   FormSheetContentView();
 
   /// Draws a ring around `control` while it has the focus, since some styles do not show the focus
@@ -16,7 +19,9 @@ class FormSheetContentView : public QWidget {
   void addFocusRing(QWidget& control);
 
  protected:
+  /// Draws the rings anew where the focus comes or goes.
   bool eventFilter(QObject* watched, QEvent* event) override;
+  /// Fills the ground, then draws the ring.
   void paintEvent(QPaintEvent* event) override;
 
  private:

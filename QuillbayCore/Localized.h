@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -9,10 +11,10 @@ namespace quillbay::core {
 /// The text for `key` in the string table "QuillbayCore", in the user's language (see
 /// `platform::preferredLanguages`), else in English; `key` itself if the table lacks it. UTF-8. Any
 /// thread.
-std::string Localized(std::string_view key);
+QUILLBAY_EXPORT std::string Localized(std::string_view key);
 
 /// The same in the plural form that `number` takes in that language. "date.minutes", "date.hours",
 /// "date.days" and "date.months" are formats for it: see `platform::formatted`.
-std::string Localized(std::string_view key, std::int64_t number);
+QUILLBAY_EXPORT std::string Localized(std::string_view key, std::int64_t number);
 
 }  // namespace quillbay::core

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Date.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONError.h>
 #include <QuillbayPlatform/URL.h>
 
@@ -19,7 +20,10 @@
 namespace quillbay::platform {
 
 /// What the number of a date counts. The same policy must read what it wrote.
-enum class JSONDatePolicy { secondsSince2001, secondsSince1970 };
+enum class JSONDatePolicy {
+  secondsSince2001,  ///< seconds since 2001-01-01T00:00:00Z
+  secondsSince1970,  ///< seconds since 1970-01-01T00:00:00Z
+};
 
 class JSONReader;
 
@@ -48,7 +52,7 @@ concept JSONDecodable = requires(JSONReader& reader) {
 /// `std::vector` of records. After a failure every further read yields nothing. Members may be read
 /// in any order; keys are compared with the bytes as they stand in the text, the first of several
 /// equal ones counts, and unknown keys are ignored. One thread at a time.
-class JSONReader {
+class QUILLBAY_EXPORT JSONReader {
  public:
   JSONReader(const JSONReader&) = delete;
   JSONReader& operator=(const JSONReader&) = delete;
@@ -83,7 +87,7 @@ class JSONReader {
  private:
   friend class JSONDecoder;
   enum class Rule { required, optional, tolerant };
-  class Document;
+  class QUILLBAY_HIDDEN Document;
   /// A value's place among all values of the document.
   using Place = std::uint32_t;
 
@@ -150,8 +154,8 @@ class JSONReader {
   void reject(Rule rule);
   std::optional<std::size_t> elementCount() const;
   Place placeAfter(Place place) const;
-  ErrorPtr error(JSONError::Kind kind, std::string_view key) const;
-  std::string keyPath() const;
+  QUILLBAY_HIDDEN ErrorPtr error(JSONError::Kind kind, std::string_view key) const;
+  QUILLBAY_HIDDEN std::string keyPath() const;
 
   std::unique_ptr<Document> ownedDocument_;  // the root's alone
   const Document* document_;
@@ -170,9 +174,12 @@ class JSONReader {
 /// `JSONError`. A decoder has no state but its policy; any thread.
 class JSONDecoder {
  public:
+  /// `policy`: what the numbers of dates count.
   explicit JSONDecoder(JSONDatePolicy policy = JSONDatePolicy::secondsSince2001)
       : datePolicy_(policy) {}
 
+  /// The record in `text`, or the first failure as a `JSONError`. `text` is needed during the call
+  /// alone.
   template <JSONDecodable T>
   std::expected<T, ErrorPtr> decode(std::string_view text) const {
     JSONReader root(text, datePolicy_);

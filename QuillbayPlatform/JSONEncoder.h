@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Date.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONError.h>
 #include <QuillbayPlatform/URL.h>
@@ -24,12 +25,14 @@ concept JSONEncodable = requires(const T& value, JSONWriter& writer) { value.enc
 
 /// Writes the members of one JSON object, in the order of the calls. An absent optional leaves its
 /// key out. Types as in `JSONReader`.
-class JSONWriter {
+class QUILLBAY_EXPORT JSONWriter {
  public:
   JSONWriter(const JSONWriter&) = delete;
   JSONWriter& operator=(const JSONWriter&) = delete;
   ~JSONWriter();
 
+  /// Writes a member of one of the types above. A value that cannot be written makes the encoder
+  /// fail; nothing is reported here.
   template <class T>
   void write(std::string_view key, const T& value) {
     if constexpr (std::convertible_to<const T&, std::string_view>) {
@@ -49,11 +52,13 @@ class JSONWriter {
     }
   }
 
+  /// Writes the member if there is a value, and nothing otherwise.
   template <class T>
   void write(std::string_view key, const std::optional<T>& value) {
     if (value) write(key, *value);
   }
 
+  /// Writes the member as an array of objects, one a record.
   template <JSONEncodable T>
   void write(std::string_view key, const std::vector<T>& records) {
     beginArray(key);
@@ -62,9 +67,9 @@ class JSONWriter {
 
  private:
   friend class JSONEncoder;
-  struct Target;
+  struct QUILLBAY_HIDDEN Target;
 
-  explicit JSONWriter(std::unique_ptr<Target> target);
+  QUILLBAY_HIDDEN explicit JSONWriter(std::unique_ptr<Target> target);
 
   void writeString(std::string_view key, std::string_view text);
   void writeBoolean(std::string_view key, bool value);
@@ -79,11 +84,13 @@ class JSONWriter {
 
 /// Writes records as compact JSON text (RFC 8259). Fails with a `JSONError` of kind `unwritable`
 /// when a text is not UTF-8 or a date not finite. No state but its policy; any thread.
-class JSONEncoder {
+class QUILLBAY_EXPORT JSONEncoder {
  public:
+  /// `policy`: what the numbers of dates count.
   explicit JSONEncoder(JSONDatePolicy policy = JSONDatePolicy::secondsSince2001)
       : datePolicy_(policy) {}
 
+  /// The text of `record` without blanks and line breaks, or a `JSONError`.
   template <JSONEncodable T>
   std::expected<std::string, ErrorPtr> encode(const T& record) const {
     const auto writer = makeRoot();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -14,7 +16,7 @@ namespace quillbay::platform {
 /// A text that depends on a number has a form for each plural category of its language: "one",
 /// "few", "many", "other", as the Unicode CLDR names them. "other" stands for those that are
 /// missing, and where no number is known.
-class StringTable {
+class QUILLBAY_EXPORT StringTable {
  public:
   /// `jsonByLanguage`: language tag ("en", "de") to a JSON object of key to text, or to an object
   /// of plural category to text. English is the language of last resort. A table that does not
@@ -31,22 +33,22 @@ class StringTable {
   using Map = std::map<std::string, Value, std::less<>>;
   using Forms = Map<std::string>;
 
-  std::string form(std::string_view key, std::optional<std::int64_t> number) const;
+  QUILLBAY_HIDDEN std::string form(std::string_view key, std::optional<std::int64_t> number) const;
   /// Null if there is none.
-  const std::string* find(std::string_view language, std::string_view key,
-                          std::string_view category) const;
+  QUILLBAY_HIDDEN const std::string* find(std::string_view language, std::string_view key,
+                                          std::string_view category) const;
 
   Map<Map<Forms>> languages_;
 };
 
 /// The user's languages, best first ("de_AT", "de"): what `setPreferredLanguages` said, else
 /// LANGUAGE, LC_ALL, LC_MESSAGES, LANG in gettext's order. Any thread.
-std::vector<std::string> preferredLanguages();
+QUILLBAY_EXPORT std::vector<std::string> preferredLanguages();
 
 /// Replaces the environment's choice; an empty list returns to it. Any thread.
-void setPreferredLanguages(const std::vector<std::string>& languages);
+QUILLBAY_EXPORT void setPreferredLanguages(const std::vector<std::string>& languages);
 
 /// `format` with its first "%d" replaced by `argument`.
-std::string formatted(std::string_view format, int argument);
+QUILLBAY_EXPORT std::string formatted(std::string_view format, int argument);
 
 }  // namespace quillbay::platform

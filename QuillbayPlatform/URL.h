@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <compare>
 #include <filesystem>
 #include <functional>
@@ -11,7 +13,7 @@ namespace quillbay::platform {
 
 /// A URL reference in the syntax of RFC 3986. An immutable value; two URLs are equal when their
 /// texts are. May be used from any thread.
-class URL {
+class QUILLBAY_EXPORT URL {
  public:
   /// The URL whose text is `text`, kept byte for byte; nothing if it is empty or does not parse.
   static std::optional<URL> parse(std::string_view text);
@@ -44,6 +46,7 @@ class URL {
   /// The last component of path(): the file name with its extension.
   std::string lastPathComponent() const;
 
+  /// Whether the scheme is `file`.
   bool isFileURL() const;
 
   /// Scheme, host, port and path: what may be shown. The query of a presigned address is a secret.
@@ -53,7 +56,9 @@ class URL {
   /// or this URL has no scheme. What need not change keeps its bytes.
   std::optional<URL> resolve(std::string_view reference) const;
 
+  /// By text, byte for byte.
   friend bool operator==(const URL&, const URL&) = default;
+  /// By text, byte for byte, so that a URL may be a key.
   friend std::strong_ordering operator<=>(const URL&, const URL&) = default;
 
  private:

@@ -2,6 +2,7 @@
 
 #include <QuillbayPlatform/Date.h>
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONEncoder.h>
 #include <QuillbayPlatform/URL.h>
@@ -15,15 +16,20 @@
 namespace quillbay::cloud {
 
 class Item;
+class Session;
+
+QUILLBAY_EXPORT bool operator==(const Session& left, const Session& right);
 
 /// A sharing session as the service describes it. An immutable value whose copies share their
 /// contents; any thread. Sessions come from the service or from a host's own storage, by reading:
 ///
 ///     {"id": text, "token": text, "url": text, "title": text, "expiration": number,
 ///      "items": [{"id": text, "is_uploaded": boolean, "fingerprint": text}, ...]}
-class Session {
+class QUILLBAY_EXPORT Session {
  public:
+  /// Copies share their contents; there is no move that would leave an empty session.
   Session(const Session&) = default;
+  /// As for the copy above.
   Session& operator=(const Session&) = default;
 
   /// Names the session in later calls, such as `SessionController::deleteSession`.
@@ -32,6 +38,7 @@ class Session {
   const std::optional<std::string>& token() const;
   /// The link to pass on.
   const platform::URL& url() const;
+  /// What the service shows above the files; absent: nothing.
   const std::optional<std::string>& title() const;
   /// When the link stops working; absent: never.
   const std::optional<platform::Date>& expirationDate() const;
@@ -49,13 +56,14 @@ class Session {
   /// since 1970 and written without a fraction.
   void encode(platform::JSONWriter& writer) const;
 
+  /// By value, the items included.
   friend bool operator==(const Session& left, const Session& right);
 
  private:
-  struct Contents;
+  struct QUILLBAY_HIDDEN Contents;
   friend const std::vector<Item>& items(const Session& session);
 
-  explicit Session(std::shared_ptr<const Contents> contents);
+  QUILLBAY_HIDDEN explicit Session(std::shared_ptr<const Contents> contents);
 
   // Shared and without a move that empties it: as many copies as items, and not N times N items.
   std::shared_ptr<const Contents> contents_;

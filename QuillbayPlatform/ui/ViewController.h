@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/ui/ActivationGuard.h>
 
 #include <QObject>
@@ -17,7 +18,7 @@ namespace quillbay::platform {
 /// Lifetime: the view belongs to the controller, also while it is shown in a window of the host.
 /// Let the controller go before that window. It may be released inside any of its own callbacks:
 /// its view is hidden at once and destroyed in the next turn of the event loop.
-class ViewController : public QObject {
+class QUILLBAY_EXPORT ViewController : public QObject {
  public:
   ViewController(const ViewController&) = delete;
   ViewController& operator=(const ViewController&) = delete;
@@ -25,6 +26,7 @@ class ViewController : public QObject {
 
   /// The view; the first call loads it (`loadView`, then `viewDidLoad`).
   QWidget& view();
+  /// Whether the view is there: loaded, and not yet destroyed.
   bool isViewLoaded() const { return view_ != nullptr; }
 
   /// Hands over the view. For `loadView`.
@@ -49,11 +51,12 @@ class ViewController : public QObject {
   /// Closed when the view has been shown, and when a dialog in front of it has gone.
   ActivationGuard& activationGuard() { return activationGuard_; }
 
+  /// Turns events of the view into the calls above.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void appear();
-  bool keyPressed(const QKeyEvent& event);
+  QUILLBAY_HIDDEN void appear();
+  QUILLBAY_HIDDEN bool keyPressed(const QKeyEvent& event);
 
   ActivationGuard activationGuard_;
   QPointer<QWidget> view_;
