@@ -5,8 +5,6 @@
 #include <QTextDocumentFragment>
 #include <QTranslator>
 
-#include <QuillbayPlatform/StringTable.h>
-
 #include "DesktopTest.h"
 #include "hosts/desktop/Language.h"
 #include "hosts/desktop/ShownText.h"
@@ -17,24 +15,24 @@ namespace {
 using LanguageTest = DesktopTest;
 
 TEST_F(LanguageTest, EverythingIsInOneLanguage) {
-  struct Row {
-    std::vector<std::string> preferred;
-    const char* close;   // ours
-    const char* cancel;  // Qt's
-  };
+  // The first text is ours, the second one Qt's.
+  const std::tuple<std::vector<std::string>, QString, QString, QString> rows[] = {
+      {{"nl_NL"}, "Close", "Cancel", "."},
+      {{"ar"}, "Close", "Cancel", "."},
+      {{"nl", "de_AT", "en"}, "Schließen", "Abbrechen", ","},
+      {{"es_ES"}, "Cerrar", "Cancelar", ","},
+      {{"fr_CA"}, "Fermer", "Annuler", ","},
+      {{"pl_PL"}, "Zamknij", "Anuluj", ","}};
   const QLocale before;
-  for (const Row& row :
-       {Row{{"nl_NL"}, "Close", "Cancel"}, Row{{"ar"}, "Close", "Cancel"},
-        Row{{"nl", "de_AT", "en"}, "Schließen", "Abbrechen"}, Row{{"es_ES"}, "Cerrar", "Cancelar"},
-        Row{{"fr_CA"}, "Fermer", "Annuler"}, Row{{"pl_PL"}, "Zamknij", "Anuluj"}}) {
-    SCOPED_TRACE(row.preferred.front());
-    platform::setPreferredLanguages(row.preferred);
+  for (const auto& [preferred, close, cancel, decimalPoint] : rows) {
+    SCOPED_TRACE(preferred.front());
+    platform::setPreferredLanguages(preferred);
     QTranslator translator;
     applyLanguage(translator);
-    EXPECT_EQ(localized("run.close").remove('&').toStdString(), row.close);
-    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel").toStdString(), row.cancel);
+    EXPECT_EQ(localized("run.close").remove('&'), close);
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), cancel);
     EXPECT_EQ(QGuiApplication::layoutDirection(), Qt::LeftToRight);
-    EXPECT_EQ(QLocale().decimalPoint(), row.cancel == QString("Cancel") ? "." : ",");
+    EXPECT_EQ(QLocale().decimalPoint(), decimalPoint);
   }
   QLocale::setDefault(before);
 }
@@ -125,7 +123,7 @@ TEST_F(LanguageTest, EveryTextIsOfATableAndHasRoomToGrow) {
   };
   open({});
   expectPage("drop.choose");
-  const auto gate = stall(Call::store);
+  const auto gate = service_.hold(Call::store);
   open({folder_.write("1", "one"), folder_.write("2", "two")});
   expectPage("files.add");
   share("run.uploading");
