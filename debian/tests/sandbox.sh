@@ -10,8 +10,11 @@ trap 'kill "$sandbox"; wait "$sandbox"' EXIT
 { read -r route && read -r authority; } <"$AUTOPKGTEST_TMP/settings"
 eval "$route; $authority"
 
-# comes_back FILE LINK: what the link leads to is the file.
-comes_back() {
-  curl --silent --show-error --fail --cacert "$QUILLBAY_CACERT" "$2" | cmp - "$1"
+fetch() { curl --silent --show-error --fail --cacert "$QUILLBAY_CACERT" "$1"; }
+
+# leads_to FILE LINK: the page of the link offers the file.
+leads_to() {
+  path=$(fetch "$2" | sed -nE 's|.*href="([^"]*/files/[^"]*)".*|\1|p')
+  fetch "${2%%/s/*}$path" | cmp - "$1"
   echo "$2: byte for byte the same"
 }
