@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Date.h>
+#include <QuillbayPlatform/Export.h>
 
 #include <optional>
 #include <vector>
@@ -9,7 +10,7 @@ namespace quillbay::core {
 
 /// How long a link is to live: a count of minutes, hours, days or calendar months, or for ever.
 /// An immutable value; any thread.
-class DateExpirationOption {
+class QUILLBAY_EXPORT DateExpirationOption {
  public:
   enum class Unit { minutes, hours, days, months, never };
 

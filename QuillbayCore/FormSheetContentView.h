@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <QList>
 #include <QWidget>
 
@@ -7,7 +9,7 @@ namespace quillbay::core {
 
 /// The ground on which a sheet's form stands: filled with the window's colour, so that a sheet
 /// looks the same in a window, a dialog and a popover. Main thread.
-class FormSheetContentView : public QWidget {
+class QUILLBAY_EXPORT FormSheetContentView : public QWidget {
  public:
   FormSheetContentView();
 

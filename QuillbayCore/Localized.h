@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <string>
 #include <string_view>
 
@@ -11,6 +13,6 @@ namespace quillbay::core {
 ///
 /// "date.minutes", "date.hours", "date.days" and "date.months" are formats that take one integer:
 /// see `platform::formatted`.
-std::string Localized(std::string_view key);
+QUILLBAY_EXPORT std::string Localized(std::string_view key);
 
 }  // namespace quillbay::core

@@ -87,6 +87,8 @@ class SerialQueue final : public DispatchQueue, public std::enable_shared_from_t
 
 }  // namespace
 
+DispatchQueue::~DispatchQueue() = default;
+
 DispatchQueue& DispatchQueue::globalUserInitiated() {
   static constinit OnFirstUse<ConcurrentQueue> queue;
   return queue.get();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <functional>
 #include <memory>
 
@@ -11,11 +13,11 @@ namespace quillbay::platform {
 /// the process exits: the items that run then are awaited; those that have not begun, on any queue,
 /// neither run nor are destroyed. A forked child runs no work. While the system has no thread to
 /// give, the main queue runs the items of the background queues. Any thread may call `async`.
-class DispatchQueue {
+class QUILLBAY_EXPORT DispatchQueue {
  public:
   using Work = std::move_only_function<void()>;
 
-  virtual ~DispatchQueue() = default;
+  virtual ~DispatchQueue();
 
   /// Runs `work` later and returns at once. Work items must not throw.
   virtual void async(Work work) = 0;

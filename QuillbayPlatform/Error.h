@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,9 +12,9 @@ namespace quillbay::platform {
 ///
 /// Errors travel as `ErrorPtr` inside `std::expected` or as a callback's argument. Objects may be
 /// read from any thread.
-class Error {
+class QUILLBAY_EXPORT Error {
  public:
-  virtual ~Error() = default;
+  virtual ~Error();
 
   /// One line for developers and logs, in English. Never holds a password, a token or the query
   /// of an address.

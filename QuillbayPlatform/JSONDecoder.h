@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Date.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONError.h>
 #include <QuillbayPlatform/URL.h>
 
@@ -48,7 +49,7 @@ concept JSONDecodable = requires(JSONReader& reader) {
 /// `std::vector` of records. After a failure every further read yields nothing. Members may be read
 /// in any order; keys are compared with the bytes as they stand in the text, the first of several
 /// equal ones counts, and unknown keys are ignored. One thread at a time.
-class JSONReader {
+class QUILLBAY_EXPORT JSONReader {
  public:
   JSONReader(const JSONReader&) = delete;
   JSONReader& operator=(const JSONReader&) = delete;
@@ -83,7 +84,7 @@ class JSONReader {
  private:
   friend class JSONDecoder;
   enum class Rule { required, optional, tolerant };
-  class Document;
+  class QUILLBAY_HIDDEN Document;
   /// A value's place among all values of the document.
   using Place = std::uint32_t;
 
@@ -150,8 +151,8 @@ class JSONReader {
   void reject(Rule rule);
   std::optional<std::size_t> elementCount() const;
   Place placeAfter(Place place) const;
-  ErrorPtr error(JSONError::Kind kind, std::string_view key) const;
-  std::string keyPath() const;
+  QUILLBAY_HIDDEN ErrorPtr error(JSONError::Kind kind, std::string_view key) const;
+  QUILLBAY_HIDDEN std::string keyPath() const;
 
   std::unique_ptr<Document> ownedDocument_;  // the root's alone
   const Document* document_;

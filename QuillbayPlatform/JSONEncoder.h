@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Date.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONError.h>
 #include <QuillbayPlatform/URL.h>
@@ -24,7 +25,7 @@ concept JSONEncodable = requires(const T& value, JSONWriter& writer) { value.enc
 
 /// Writes the members of one JSON object, in the order of the calls. An absent optional leaves its
 /// key out. Types as in `JSONReader`.
-class JSONWriter {
+class QUILLBAY_EXPORT JSONWriter {
  public:
   JSONWriter(const JSONWriter&) = delete;
   JSONWriter& operator=(const JSONWriter&) = delete;
@@ -62,9 +63,9 @@ class JSONWriter {
 
  private:
   friend class JSONEncoder;
-  struct Target;
+  struct QUILLBAY_HIDDEN Target;
 
-  explicit JSONWriter(std::unique_ptr<Target> target);
+  QUILLBAY_HIDDEN explicit JSONWriter(std::unique_ptr<Target> target);
 
   void writeString(std::string_view key, std::string_view text);
   void writeBoolean(std::string_view key, bool value);
@@ -79,7 +80,7 @@ class JSONWriter {
 
 /// Writes records as compact JSON text (RFC 8259). Fails with a `JSONError` of kind `unwritable`
 /// when a text is not UTF-8 or a date not finite. No state but its policy; any thread.
-class JSONEncoder {
+class QUILLBAY_EXPORT JSONEncoder {
  public:
   explicit JSONEncoder(JSONDatePolicy policy = JSONDatePolicy::secondsSince2001)
       : datePolicy_(policy) {}

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 
 #include <string>
 
 namespace quillbay::platform {
 
 /// Why a JSON text could not be read into a record, or a record not written.
-class JSONError final : public Error {
+class QUILLBAY_EXPORT JSONError final : public Error {
  public:
   enum class Kind {
     missingKey,     ///< a required key is absent

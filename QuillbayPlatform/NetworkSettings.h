@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <string>
 #include <vector>
 
@@ -7,7 +9,7 @@ namespace quillbay::platform {
 
 /// How this process reaches the network: what a system's settings would say. Set by the host once,
 /// before the first transfer; without it, the system's defaults hold. TLS is never switched off.
-struct NetworkSettings {
+struct QUILLBAY_EXPORT NetworkSettings {
   /// Extra routes "HOST:PORT:HOST:PORT" with the meaning of curl's `--connect-to`: connections to
   /// the first host and port go to the second; an empty part matches or keeps any. IPv6 addresses
   /// stand in brackets. Certificates are still checked against the first host.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/Observation.h>
 
 #include <cstdint>
@@ -13,7 +14,7 @@ namespace quillbay::platform {
 ///
 /// Main queue only. A parent owns its children until they finish, then keeps their units alone,
 /// so that a run of many children stays small; a child holds its parent weakly.
-class Progress : public std::enable_shared_from_this<Progress> {
+class QUILLBAY_EXPORT Progress : public std::enable_shared_from_this<Progress> {
  public:
   /// Called on the main queue after a change, at most once a turn of it.
   using Observer = ObserverList<Progress>::Observer;
@@ -51,11 +52,11 @@ class Progress : public std::enable_shared_from_this<Progress> {
 
   explicit Progress(std::int64_t totalUnitCount) : totalUnitCount_(totalUnitCount) {}
 
-  bool isSelfOrAncestor(const Progress& other) const;
-  void didChange();
-  void absorb(Progress& child);
-  void scheduleNotification();
-  void notify();
+  QUILLBAY_HIDDEN bool isSelfOrAncestor(const Progress& other) const;
+  QUILLBAY_HIDDEN void didChange();
+  QUILLBAY_HIDDEN void absorb(Progress& child);
+  QUILLBAY_HIDDEN void scheduleNotification();
+  QUILLBAY_HIDDEN void notify();
 
   std::int64_t totalUnitCount_;
   std::int64_t completedUnitCount_ = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <map>
 #include <string>
 #include <string_view>
@@ -8,7 +10,7 @@
 namespace quillbay::platform {
 
 /// Texts by key, one table a language, compiled into the library that owns it.
-class StringTable {
+class QUILLBAY_EXPORT StringTable {
  public:
   /// `jsonByLanguage`: language tag ("en", "de") to a JSON object of key to text. English is the
   /// language of last resort. A table that does not read is empty.
@@ -23,12 +25,12 @@ class StringTable {
 
 /// The user's languages, best first ("de_AT", "de"): what `setPreferredLanguages` said, else
 /// LANGUAGE, LC_ALL, LC_MESSAGES, LANG in gettext's order. Any thread.
-std::vector<std::string> preferredLanguages();
+QUILLBAY_EXPORT std::vector<std::string> preferredLanguages();
 
 /// Replaces the environment's choice; an empty list returns to it. Any thread.
-void setPreferredLanguages(const std::vector<std::string>& languages);
+QUILLBAY_EXPORT void setPreferredLanguages(const std::vector<std::string>& languages);
 
 /// `format` with its first "%d" replaced by `argument`.
-std::string formatted(std::string_view format, int argument);
+QUILLBAY_EXPORT std::string formatted(std::string_view format, int argument);
 
 }  // namespace quillbay::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <compare>
 #include <filesystem>
 #include <functional>
@@ -11,7 +13,7 @@ namespace quillbay::platform {
 
 /// A URL reference in the syntax of RFC 3986. An immutable value; two URLs are equal when their
 /// texts are. May be used from any thread.
-class URL {
+class QUILLBAY_EXPORT URL {
  public:
   /// The URL whose text is `text`, kept byte for byte; nothing if it is empty or does not parse.
   static std::optional<URL> parse(std::string_view text);

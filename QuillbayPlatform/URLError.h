@@ -1,13 +1,14 @@
 #pragma once
 
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 
 #include <string>
 
 namespace quillbay::platform {
 
 /// Why a transfer ended without a usable reply.
-class URLError final : public Error {
+class QUILLBAY_EXPORT URLError final : public Error {
  public:
   enum class Code {
     cancelled,  ///< the process is ending
@@ -28,7 +29,7 @@ class URLError final : public Error {
   URLError(Code code, std::string reason) : code_(code), reason_(std::move(reason)) {}
 
   Code code() const { return code_; }
-  std::string description() const override { return reason_; }
+  std::string description() const override;
 
  private:
   Code code_;

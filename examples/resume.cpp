@@ -3,6 +3,8 @@
 //
 //   resume-example STATE-FILE FILE...
 
+#include "TestService.h"
+
 #include <QuillbayCloud/QuillbayCloud.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONEncoder.h>
@@ -113,9 +115,6 @@ int main(int argumentCount, char** arguments) {
   std::vector<platform::URL> files;
   for (int i = 2; i < argumentCount; ++i) files.push_back(platform::URL::fileURL(arguments[i]));
 
-  if (const char* route = std::getenv("QUILLBAY_CONNECT_TO")) {  // a test service
-    const char* authority = std::getenv("QUILLBAY_CACERT");
-    platform::NetworkSettings::set({{route}, authority ? authority : "", ""});
-  }
+  useTestService();
   return share(arguments[1], std::move(files));
 }

@@ -1,5 +1,7 @@
 // The smallest host: shares the files named on the command line and prints their link.
 
+#include "TestService.h"
+
 #include <QuillbayCloud/QuillbayCloud.h>
 
 #include <cstdlib>
@@ -11,10 +13,7 @@ int main(int argumentCount, char** arguments) {
   std::vector<platform::URL> files;
   for (int i = 1; i < argumentCount; ++i) files.push_back(platform::URL::fileURL(arguments[i]));
 
-  if (const char* route = std::getenv("QUILLBAY_CONNECT_TO")) {  // a test service
-    const char* authority = std::getenv("QUILLBAY_CACERT");
-    platform::NetworkSettings::set({{route}, authority ? authority : "", ""});
-  }
+  useTestService();
 
   int status = EXIT_FAILURE;
   const auto controller = cloud::SessionController::create({"share-example", files},

@@ -5,6 +5,7 @@
 #include <QuillbayCloud/model/SessionActivity.h>
 #include <QuillbayCloud/model/SessionConfiguration.h>
 #include <QuillbayCloud/model/SessionContext.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/Observation.h>
 #include <QuillbayPlatform/Progress.h>
 
@@ -37,7 +38,7 @@ class Webservice;
 /// Lifetime: work in flight does not keep the controller alive. Releasing it ends the run quietly:
 /// a transfer in flight still runs to its end, and only a failure of the fingerprints or of the
 /// creation of the session is still reported.
-class SessionController : public std::enable_shared_from_this<SessionController> {
+class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<SessionController> {
  public:
   /// The session as the service created it.
   using SessionCreation = std::move_only_function<void(const Session&)>;
@@ -125,7 +126,7 @@ class SessionController : public std::enable_shared_from_this<SessionController>
                             std::string_view token, DeletionCompletion completion);
 
  private:
-  SessionController(SessionContext context, SessionConfiguration configuration);
+  QUILLBAY_HIDDEN SessionController(SessionContext context, SessionConfiguration configuration);
 
   using Fingerprints = std::unordered_map<platform::URL, std::string>;
   /// What a run does once its files are fingerprinted.
@@ -133,18 +134,20 @@ class SessionController : public std::enable_shared_from_this<SessionController>
       std::move_only_function<void(SessionController&, const Fingerprints&, Completion)>;
 
   /// `itemCount`: how many items the session has, or will have.
-  std::shared_ptr<RunActivity> beginRun(std::size_t itemCount,
-                                        std::span<const std::size_t> uploadedItems);
-  void fingerprintFiles(std::string_view operation, std::string_view nextStep,
-                        const std::shared_ptr<RunActivity>& run, Completion completion,
-                        Continuation proceed);
-  void requestSession(const Fingerprints& fingerprints, const std::shared_ptr<RunActivity>& run,
-                      SessionCreation sessionCreation, Completion completion);
-  void resumeUploads(const Session& session, const Fingerprints& fingerprints,
-                     const std::shared_ptr<RunActivity>& run, Completion completion);
-  void uploadItems(const Session& session, const std::shared_ptr<RunActivity>& run,
-                   Completion completion);
-  static void reportLater(const QuillbayCloudError& error, Completion completion);
+  QUILLBAY_HIDDEN std::shared_ptr<RunActivity> beginRun(std::size_t itemCount,
+                                                        std::span<const std::size_t> uploadedItems);
+  QUILLBAY_HIDDEN void fingerprintFiles(std::string_view operation, std::string_view nextStep,
+                                        const std::shared_ptr<RunActivity>& run,
+                                        Completion completion, Continuation proceed);
+  QUILLBAY_HIDDEN void requestSession(const Fingerprints& fingerprints,
+                                      const std::shared_ptr<RunActivity>& run,
+                                      SessionCreation sessionCreation, Completion completion);
+  QUILLBAY_HIDDEN void resumeUploads(const Session& session, const Fingerprints& fingerprints,
+                                     const std::shared_ptr<RunActivity>& run,
+                                     Completion completion);
+  QUILLBAY_HIDDEN void uploadItems(const Session& session, const std::shared_ptr<RunActivity>& run,
+                                   Completion completion);
+  QUILLBAY_HIDDEN static void reportLater(const QuillbayCloudError& error, Completion completion);
 
   const SessionContext context_;
   const SessionConfiguration configuration_;

@@ -2,6 +2,7 @@
 
 #include <QuillbayCloud/service/AmazonError.h>
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 
 #include <concepts>
 #include <cstdint>
@@ -17,7 +18,7 @@ namespace quillbay::cloud {
 /// copies share the error inside `underlying`. Any thread.
 ///
 ///     if (const auto* refused = error.as<QuillbayCloudError::Webservice>()) ... refused->status
-class QuillbayCloudError final : public platform::Error {
+class QUILLBAY_EXPORT QuillbayCloudError final : public platform::Error {
  public:
   /// The object store refused a file with an XML error document.
   struct Aws {

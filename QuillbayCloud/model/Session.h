@@ -2,6 +2,7 @@
 
 #include <QuillbayPlatform/Date.h>
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONEncoder.h>
 #include <QuillbayPlatform/URL.h>
@@ -15,13 +16,16 @@
 namespace quillbay::cloud {
 
 class Item;
+class Session;
+
+QUILLBAY_EXPORT bool operator==(const Session& left, const Session& right);
 
 /// A sharing session as the service describes it. An immutable value whose copies share their
 /// contents; any thread. Sessions come from the service or from a host's own storage, by reading:
 ///
 ///     {"id": text, "token": text, "url": text, "title": text, "expiration": number,
 ///      "items": [{"id": text, "is_uploaded": boolean, "fingerprint": text}, ...]}
-class Session {
+class QUILLBAY_EXPORT Session {
  public:
   Session(const Session&) = default;
   Session& operator=(const Session&) = default;
@@ -52,10 +56,10 @@ class Session {
   friend bool operator==(const Session& left, const Session& right);
 
  private:
-  struct Contents;
+  struct QUILLBAY_HIDDEN Contents;
   friend const std::vector<Item>& items(const Session& session);
 
-  explicit Session(std::shared_ptr<const Contents> contents);
+  QUILLBAY_HIDDEN explicit Session(std::shared_ptr<const Contents> contents);
 
   // Shared and without a move that empties it: as many copies as items, and not N times N items.
   std::shared_ptr<const Contents> contents_;

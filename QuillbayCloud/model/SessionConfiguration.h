@@ -3,6 +3,7 @@
 #include <QuillbayCloud/model/SessionLinkType.h>
 #include <QuillbayPlatform/Date.h>
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONEncoder.h>
 
@@ -22,7 +23,7 @@ namespace quillbay::cloud {
 ///
 /// The first three are left out when absent. The date's number is the one of the encoder's date
 /// policy; read it back with the same. The password stands in it in clear.
-class SessionConfiguration {
+class QUILLBAY_EXPORT SessionConfiguration {
  public:
   /// `title`: shown by the service. `expirationDate`: when the link stops working; absent: never.
   /// A date that is not finite cannot be sent or stored: a run with it ends with `invalidFile`.

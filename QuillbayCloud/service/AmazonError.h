@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 
 #include <expected>
@@ -11,7 +12,7 @@
 namespace quillbay::cloud {
 
 /// What an S3-style object store says when it refuses a file. An immutable value; any thread.
-class AmazonError final : public platform::Error {
+class QUILLBAY_EXPORT AmazonError final : public platform::Error {
  public:
   /// `type`: the store's machine-readable name, such as "AccessDenied". `message`: a sentence, as
   /// the store sent it; show it as plain text only.

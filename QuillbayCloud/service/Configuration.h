@@ -1,7 +1,8 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <any>
-#include <atomic>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -9,7 +10,7 @@
 namespace quillbay::cloud {
 
 /// Settings of the library as a whole.
-class Configuration {
+class QUILLBAY_EXPORT Configuration {
  public:
   Configuration() = delete;
 
@@ -34,7 +35,7 @@ class Configuration {
   template <class Logger>
   static void setLog() {
     static constexpr EntryPoints entryPoints = {&Logger::debug, &Logger::error};
-    log_.store(&entryPoints, std::memory_order_release);
+    install(entryPoints);
   }
 
  private:
@@ -47,7 +48,8 @@ class Configuration {
     EntryPoint error;
   };
 
-  static std::atomic<const EntryPoints*> log_;
+  /// `entryPoints` must live as long as the process.
+  static void install(const EntryPoints& entryPoints);
 };
 
 }  // namespace quillbay::cloud

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayPlatform/Error.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/JSONEncoder.h>
 #include <QuillbayPlatform/URL.h>
@@ -12,7 +13,7 @@ namespace quillbay::cloud {
 
 /// The presigned address that takes one file by PUT. An immutable value; any thread. Its JSON form
 /// is {"url": text}. Whoever holds the address may write: its query is a secret.
-class ItemUploadUrl {
+class QUILLBAY_EXPORT ItemUploadUrl {
  public:
   explicit ItemUploadUrl(platform::URL url) : url_(std::move(url)) {}
 

@@ -4,6 +4,7 @@
 #include <QuillbayPlatform/SingleLine.h>
 
 #include <any>
+#include <atomic>
 #include <concepts>
 #include <source_location>
 #include <string_view>
@@ -29,7 +30,7 @@ class Log {
 
  private:
   static const Configuration::EntryPoints* installed() {
-    return Configuration::log_.load(std::memory_order_acquire);
+    return installed_.load(std::memory_order_acquire);
   }
 
   template <class MakeMessage>
@@ -38,6 +39,9 @@ class Log {
     const auto makeLine = [&] { return platform::singleLine(makeMessage()); };
     entryPoint(makeLine, place.file_name(), function, static_cast<int>(place.line()), std::any());
   }
+
+  friend class Configuration;
+  static std::atomic<const Configuration::EntryPoints*> installed_;
 };
 
 }  // namespace quillbay::cloud

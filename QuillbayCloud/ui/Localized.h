@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <string>
 #include <string_view>
 
@@ -8,6 +10,6 @@ namespace quillbay::cloud {
 /// The text for `key` in the string table "QuillbayCloud", in the user's language (see
 /// `platform::preferredLanguages`), else in English; `key` itself if the table lacks it. UTF-8. Any
 /// thread.
-std::string Localized(std::string_view key);
+QUILLBAY_EXPORT std::string Localized(std::string_view key);
 
 }  // namespace quillbay::cloud

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QuillbayCloud/model/SessionConfiguration.h>
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/ui/ViewController.h>
 
 #include <QImage>
@@ -32,7 +33,7 @@ class SessionConfigurationView;
 /// Main thread only, with a running QApplication. Callbacks are called directly from the user's
 /// action, and may release the controller; see `platform::ViewController` for its lifetime. Their
 /// exceptions are not caught.
-class ShareViewController : public platform::ViewController {
+class QUILLBAY_EXPORT ShareViewController : public platform::ViewController {
  public:
   /// What the sheet starts with. An immutable value.
   class Configuration {
@@ -100,15 +101,15 @@ class ShareViewController : public platform::ViewController {
   ImageView& brandingImageView() const { return *brandingImageView_; }
 
  private:
-  explicit ShareViewController(Configuration configuration);
+  QUILLBAY_HIDDEN explicit ShareViewController(Configuration configuration);
 
-  void addShareShortcut(Qt::Key key);
-  void fillForm();
-  SessionConfiguration readForm() const;
-  void confirm();
-  void showInvalidPasswordAlert();
-  void cancel();
-  static std::unique_ptr<QTextDocument> makeHeaderText();
+  QUILLBAY_HIDDEN void addShareShortcut(Qt::Key key);
+  QUILLBAY_HIDDEN void fillForm();
+  QUILLBAY_HIDDEN SessionConfiguration readForm() const;
+  QUILLBAY_HIDDEN void confirm();
+  QUILLBAY_HIDDEN void showInvalidPasswordAlert();
+  QUILLBAY_HIDDEN void cancel();
+  QUILLBAY_HIDDEN static std::unique_ptr<QTextDocument> makeHeaderText();
 
   OnConfirm onConfirm_;
   OnCancel onCancel_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
+
 #include <QElapsedTimer>
 #include <QObject>
 
@@ -11,7 +13,7 @@ namespace quillbay::platform {
 /// It is closed for one double-click interval of the system, at least 500 ms, after each
 /// `restart`; never where the system's interval is 0. Installed as the event filter of a button, it
 /// drops the presses on it while closed, and the repetitions of a key always. Main thread only.
-class ActivationGuard : public QObject {
+class QUILLBAY_EXPORT ActivationGuard : public QObject {
  public:
   using QObject::QObject;
 

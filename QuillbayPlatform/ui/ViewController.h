@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QuillbayPlatform/Export.h>
 #include <QuillbayPlatform/ui/ActivationGuard.h>
 
 #include <QObject>
@@ -17,7 +18,7 @@ namespace quillbay::platform {
 /// Lifetime: the view belongs to the controller, also while it is shown in a window of the host.
 /// Let the controller go before that window. It may be released inside any of its own callbacks:
 /// its view is hidden at once and destroyed in the next turn of the event loop.
-class ViewController : public QObject {
+class QUILLBAY_EXPORT ViewController : public QObject {
  public:
   ViewController(const ViewController&) = delete;
   ViewController& operator=(const ViewController&) = delete;
@@ -52,8 +53,8 @@ class ViewController : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  void appear();
-  bool keyPressed(const QKeyEvent& event);
+  QUILLBAY_HIDDEN void appear();
+  QUILLBAY_HIDDEN bool keyPressed(const QKeyEvent& event);
 
   ActivationGuard activationGuard_;
   QPointer<QWidget> view_;

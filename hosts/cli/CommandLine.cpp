@@ -1,11 +1,11 @@
 #include "CommandLine.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <span>
 #include <string_view>
 #include <utility>
 
+#include "CommandHelp.h"
 #include "ExpirationArgument.h"
 #include "hosts/common/InstanceOption.h"
 #include "hosts/common/OptionTable.h"
@@ -13,108 +13,6 @@
 
 namespace quillbay::cli {
 namespace {
-
-constexpr std::string_view kUsage =
-    "Shares files through Quillbay Cloud: prints a link, then uploads the files.\n"
-    "\n"
-    "Usage: quillbay share [options] FILE...\n"
-    "       quillbay list [options]\n"
-    "       quillbay resume [options] SHARE | --last\n"
-    "       quillbay delete [options] SHARE | --last\n"
-    "       quillbay forget SHARE | --expired\n"
-    "       quillbay help [COMMAND] | --help | --version\n"
-    "\n"
-    "SHARE is the link, or the session's identifier. 'quillbay help COMMAND' lists\n"
-    "the options of a command.\n";
-
-constexpr std::string_view kShareUsage =
-    "Shares files: prints a link, then uploads them.\n"
-    "\n"
-    "Usage: quillbay share [options] FILE...\n"
-    "\n"
-    "Options:\n";
-
-constexpr std::string_view kShareHelp =
-    "\n"
-    "WHEN is a time from now (30m, 12h, 7d, 2mo), never, or an instant such as\n"
-    "2030-01-31T18:00:00Z.\n"
-    "\n"
-    "The link stands alone on standard output as soon as the session exists; the\n"
-    "command ends when everything is uploaded. To use the link before that, read it\n"
-    "from a pipe: quillbay share FILE | while read -r link; do ...; done\n"
-    "On a terminal, standard error shows how far the upload is.\n"
-    "\n"
-    "--zip makes its ZIP files in TMPDIR and removes them at the end; a share with them\n"
-    "cannot be continued later. Links and devices in a folder are left out.\n"
-    "\n"
-    "When the network fails, the upload goes on under the same link: up to 5 tries\n"
-    "in a row, after 1, 2, 4, 8 and 16 seconds.\n"
-    "\n"
-    "Ctrl-C cancels and deletes the session; a second one ends at once. A share that\n"
-    "fails deletes its session too, unless standard error is a terminal: then it can\n"
-    "be continued with 'quillbay resume'. --keep leaves it in all cases.\n"
-    "\n"
-    "'quillbay list' shows the shares, and 'quillbay delete' takes one back. To do\n"
-    "that with --no-history, keep \"id\" and \"token\" of the first line of --json.\n";
-
-constexpr std::string_view kResumeUsage =
-    "Continues a share under its link: uploads the files that have not arrived.\n"
-    "\n"
-    "Usage: quillbay resume [options] SHARE | --last\n"
-    "\n"
-    "Options:\n";
-
-constexpr std::string_view kResumeHelp =
-    "\n"
-    "SHARE is the link of an unfinished share, or its session. The files must be\n"
-    "where they were, with the same content. Neither Ctrl-C nor a failure deletes\n"
-    "the share.\n";
-
-constexpr std::string_view kListUsage =
-    "Lists the shares of this user, the newest first.\n"
-    "\n"
-    "Usage: quillbay list [options]\n"
-    "\n"
-    "Options:\n";
-
-constexpr std::string_view kForgetUsage =
-    "Removes shares from the history. Their links go on working, but can neither be\n"
-    "continued nor deleted without their tokens.\n"
-    "\n"
-    "Usage: quillbay forget SHARE | --expired\n"
-    "\n"
-    "Options:\n";
-
-constexpr std::string_view kDeleteUsage =
-    "Deletes a share: its link stops working.\n"
-    "\n"
-    "Usage: quillbay delete [options] SHARE | --last\n"
-    "       quillbay delete [options] SESSION --token TOKEN | --token-file FILE\n"
-    "\n"
-    "Options:\n";
-
-constexpr std::string_view kDeleteHelp =
-    "\n"
-    "SHARE is the link of a share that 'quillbay list' shows, or its session. For\n"
-    "any other, SESSION and TOKEN are \"id\" and \"token\" of the line\n"
-    "{\"event\":\"session\",...} that 'quillbay share --json' prints. Other users of\n"
-    "this computer can see a token on the command line; in a file they cannot.\n";
-
-constexpr std::string_view kExitStatusHelp =
-    "\n"
-    "Exit status:\n"
-    "  0    the command has done what was asked\n"
-    "  1    the run failed\n"
-    "  2    the command line cannot be carried out as written; nothing was sent\n"
-    "  130  cancelled by Ctrl-C, SIGTERM or SIGHUP\n";
-
-constexpr std::string_view kEnvironmentHelp =
-    "\n"
-    "Environment:\n"
-    "  XDG_STATE_HOME       folder of the history (default ~/.local/state)\n"
-    "  https_proxy, all_proxy, no_proxy\n"
-    "                       the proxy to use, and hosts to reach without it\n"
-    "  NO_COLOR             if not empty, no colours\n";
 
 /// The options as they are written, before they are checked.
 struct RawCommon {
@@ -390,9 +288,7 @@ std::expected<Command, std::string> checked(RawForget& raw,
 
 using Result = std::expected<Command, CommandLineEnd>;
 
-Result printed(std::initializer_list<std::string_view> pieces) {
-  std::string text;
-  for (const std::string_view piece : pieces) text += piece;
+Result printed(std::string text) {
   return std::unexpected(CommandLineEnd{ExitStatus::success, std::move(text)});
 }
 
@@ -412,45 +308,31 @@ Result parseShare(std::span<const std::string> arguments, const host::Environmen
   const host::OptionTable table = tableOf(raw);
   auto operands = table.read(arguments);
   if (!operands) return refused(operands.error(), "quillbay share");
-  if (raw.common.help) {
-    return printed({kShareUsage, table.help(), kShareHelp, kExitStatusHelp, kEnvironmentHelp,
-                    host::RawNetworkOptions::kEnvironmentHelp});
-  }
+  if (raw.common.help) return printed(commandHelp("share", table.help()));
   return refusedOr(checked(raw, std::move(*operands), environment, now), "quillbay share");
 }
 
-/// A command other than `share`. `usage` and `help` stand before and after its options.
+/// A command other than `share`.
 template <class Raw>
-Result parseCommand(const std::string& name, std::string_view usage, std::string_view help,
-                    std::span<const std::string> arguments, const host::Environment& environment) {
+Result parseCommand(const std::string& name, std::span<const std::string> arguments,
+                    const host::Environment& environment) {
+  const std::string fullName = "quillbay " + name;
   Raw raw;
   const host::OptionTable table = tableOf(raw);
   auto operands = table.read(arguments);
-  if (!operands) return refused(operands.error(), name);
-  if (raw.common.help) {
-    return printed({usage, table.help(), help, kExitStatusHelp, kEnvironmentHelp,
-                    host::RawNetworkOptions::kEnvironmentHelp});
-  }
-  return refusedOr(checked(raw, *operands, environment), name);
+  if (!operands) return refused(operands.error(), fullName);
+  if (raw.common.help) return printed(commandHelp(name, table.help()));
+  return refusedOr(checked(raw, *operands, environment), fullName);
 }
 
 /// Absent if there is no command of this name.
 std::optional<Result> parseNamed(const std::string& name, std::span<const std::string> arguments,
                                  const host::Environment& environment, platform::Date now) {
-  const std::string fullName = "quillbay " + name;
   if (name == "share") return parseShare(arguments, environment, now);
-  if (name == "resume") {
-    return parseCommand<RawResume>(fullName, kResumeUsage, kResumeHelp, arguments, environment);
-  }
-  if (name == "delete") {
-    return parseCommand<RawDelete>(fullName, kDeleteUsage, kDeleteHelp, arguments, environment);
-  }
-  if (name == "list") {
-    return parseCommand<RawList>(fullName, kListUsage, "", arguments, environment);
-  }
-  if (name == "forget") {
-    return parseCommand<RawForget>(fullName, kForgetUsage, "", arguments, environment);
-  }
+  if (name == "resume") return parseCommand<RawResume>(name, arguments, environment);
+  if (name == "delete") return parseCommand<RawDelete>(name, arguments, environment);
+  if (name == "list") return parseCommand<RawList>(name, arguments, environment);
+  if (name == "forget") return parseCommand<RawForget>(name, arguments, environment);
   return std::nullopt;
 }
 
@@ -503,7 +385,7 @@ Result parseComplete(std::span<const std::string> arguments) {
 
 /// `quillbay help [COMMAND]`.
 Result help(std::span<const std::string> commands) {
-  if (commands.empty()) return printed({kUsage, kExitStatusHelp});
+  if (commands.empty()) return printed(programHelp());
   if (commands.size() > 1) return refused("one command at a time", "quillbay");
   const std::vector<std::string> arguments{"--help"};
   if (auto result = parseNamed(commands.front(), arguments, {}, {})) return std::move(*result);
@@ -519,7 +401,7 @@ Result parseCommandLine(std::span<const std::string> arguments,
   const std::string& first = arguments.front();
   if (first == "--help" || first == "-h") return help({});
   if (first == "help") return help(arguments.subspan(1));
-  if (first == "--version" || first == "-V") return printed({"quillbay " QUILLBAY_VERSION "\n"});
+  if (first == "--version" || first == "-V") return printed("quillbay " QUILLBAY_VERSION "\n");
   if (first == "complete") return parseComplete(arguments.subspan(1));
   if (auto result = parseNamed(first, arguments.subspan(1), environment, now)) {
     return std::move(*result);

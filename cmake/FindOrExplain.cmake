@@ -1,0 +1,18 @@
+# Looks for what the project needs, and stops with one message that says what to install.
+
+# quillbay_find_package(DEBIAN_PACKAGE NAME [arguments of find_package])
+macro(quillbay_find_package debian_package name)
+  find_package(${name} ${ARGN} QUIET)
+  if(NOT ${name}_FOUND)
+    string(REPLACE ";" " " wanted "${name};${ARGN}")
+    message(FATAL_ERROR "QuillbayCloud needs ${wanted}; on Debian, install ${debian_package}")
+  endif()
+endmacro()
+
+# quillbay_find_module(DEBIAN_PACKAGE NAME): what only pkg-config knows, as PkgConfig::NAME.
+function(quillbay_find_module debian_package name)
+  pkg_check_modules(${name} QUIET IMPORTED_TARGET ${name})
+  if(NOT ${name}_FOUND)
+    message(FATAL_ERROR "QuillbayCloud needs ${name}; on Debian, install ${debian_package}")
+  endif()
+endfunction()
