@@ -2,9 +2,10 @@
 
 # quillbay_find_package(DEBIAN_PACKAGE NAME [arguments of find_package])
 macro(quillbay_find_package debian_package name)
-  find_package(${name} ${ARGN} QUIET)
+  set(wanted ${name} ${ARGN})
+  find_package(${wanted} QUIET)
   if(NOT ${name}_FOUND)
-    string(REPLACE ";" " " wanted "${name};${ARGN}")
+    list(JOIN wanted " " wanted)
     message(FATAL_ERROR "QuillbayCloud needs ${wanted}; on Debian, install ${debian_package}")
   endif()
 endmacro()
