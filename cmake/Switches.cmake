@@ -15,6 +15,14 @@ endif()
 set(QUILLBAY_SERVICE_HOST cloud.quillbay.example CACHE STRING
   "Host name of the sharing service, compiled into the library")
 
+if(QUILLBAY_TESTS)
+  include(CTest)
+  # CMake's own switch counts, too.
+  if(NOT BUILD_TESTING)
+    set(QUILLBAY_TESTS OFF)
+  endif()
+endif()
+
 # quillbay_require(SWITCH OTHER...): SWITCH may only be on where the others are.
 function(quillbay_require switch)
   foreach(other IN LISTS ARGN)
