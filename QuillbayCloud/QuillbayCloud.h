@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Everything that a host needs to share files, without the share sheet.
 
 #include <QuillbayCloud/Classes/SessionController.h>

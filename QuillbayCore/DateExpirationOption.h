@@ -12,12 +12,24 @@ namespace quillbay::core {
 /// An immutable value; any thread.
 class QUILLBAY_EXPORT DateExpirationOption {
  public:
-  enum class Unit { minutes, hours, days, months, never };
+  /// What is counted.
+  enum class Unit {
+    minutes,  ///< of 60 seconds
+    hours,    ///< of 60 minutes
+    days,     ///< of 24 hours
+    months,   ///< of the calendar
+    never,    ///< without an end
+  };
 
+  /// `count` minutes of 60 seconds.
   static constexpr DateExpirationOption minutes(int count) { return {Unit::minutes, count}; }
+  /// `count` hours of 60 minutes.
   static constexpr DateExpirationOption hours(int count) { return {Unit::hours, count}; }
+  /// `count` days of 24 hours.
   static constexpr DateExpirationOption days(int count) { return {Unit::days, count}; }
+  /// `count` months of the calendar; see `date`.
   static constexpr DateExpirationOption months(int count) { return {Unit::months, count}; }
+  /// No end.
   static constexpr DateExpirationOption never() { return {Unit::never, 0}; }
 
   /// What a form offers, shortest first: 30 minutes, 2 hours, 24 hours, 7 days, 30 days, 12 months,
@@ -32,8 +44,9 @@ class QUILLBAY_EXPORT DateExpirationOption {
   /// The same, counted from this moment.
   static DateExpirationOption closest(std::optional<platform::Date> date);
 
+  /// What `count` counts.
   constexpr Unit unit() const { return unit_; }
-  /// 0 for never.
+  /// How many units; 0 for never.
   constexpr int count() const { return count_; }
 
   /// The end date, counted from `now`; absent for never. Months go by the calendar in UTC and keep
@@ -44,6 +57,7 @@ class QUILLBAY_EXPORT DateExpirationOption {
   /// The same, counted from this moment.
   std::optional<platform::Date> date() const;
 
+  /// By unit and count: 24 hours are not 1 day.
   friend bool operator==(const DateExpirationOption&, const DateExpirationOption&) = default;
 
  private:

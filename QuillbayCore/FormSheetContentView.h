@@ -11,6 +11,7 @@ namespace quillbay::core {
 /// looks the same in a window, a dialog and a popover. Main thread.
 class QUILLBAY_EXPORT FormSheetContentView : public QWidget {
  public:
+  /// An empty ground without a parent.
   FormSheetContentView();
 
   /// Draws a ring around `control` while it has the focus, since some styles do not show the focus
@@ -18,7 +19,9 @@ class QUILLBAY_EXPORT FormSheetContentView : public QWidget {
   void addFocusRing(QWidget& control);
 
  protected:
+  /// Draws the rings anew where the focus comes or goes.
   bool eventFilter(QObject* watched, QEvent* event) override;
+  /// Fills the ground, then draws the ring.
   void paintEvent(QPaintEvent* event) override;
 
  private:

@@ -15,6 +15,7 @@ namespace quillbay::platform {
 /// give, the main queue runs the items of the background queues. Any thread may call `async`.
 class QUILLBAY_EXPORT DispatchQueue {
  public:
+  /// A work item. It is called once, or never, and destroyed after the call.
   using Work = std::move_only_function<void()>;
 
   virtual ~DispatchQueue();

@@ -25,10 +25,13 @@ class QUILLBAY_EXPORT Error {
 
  protected:
   Error() = default;
+  /// For derived classes alone: a copy of the base would lose what it says.
   Error(const Error&) = default;
+  /// For derived classes alone.
   Error& operator=(const Error&) = default;
 };
 
+/// An error that is shared; null where there is none.
 using ErrorPtr = std::shared_ptr<const Error>;
 
 }  // namespace quillbay::platform

@@ -20,7 +20,10 @@
 namespace quillbay::platform {
 
 /// What the number of a date counts. The same policy must read what it wrote.
-enum class JSONDatePolicy { secondsSince2001, secondsSince1970 };
+enum class JSONDatePolicy {
+  secondsSince2001,  ///< seconds since 2001-01-01T00:00:00Z
+  secondsSince1970,  ///< seconds since 1970-01-01T00:00:00Z
+};
 
 class JSONReader;
 
@@ -171,9 +174,12 @@ class QUILLBAY_EXPORT JSONReader {
 /// `JSONError`. A decoder has no state but its policy; any thread.
 class JSONDecoder {
  public:
+  /// `policy`: what the numbers of dates count.
   explicit JSONDecoder(JSONDatePolicy policy = JSONDatePolicy::secondsSince2001)
       : datePolicy_(policy) {}
 
+  /// The record in `text`, or the first failure as a `JSONError`. `text` is needed during the call
+  /// alone.
   template <JSONDecodable T>
   std::expected<T, ErrorPtr> decode(std::string_view text) const {
     JSONReader root(text, datePolicy_);

@@ -31,6 +31,8 @@ class QUILLBAY_EXPORT JSONWriter {
   JSONWriter& operator=(const JSONWriter&) = delete;
   ~JSONWriter();
 
+  /// Writes a member of one of the types above. A value that cannot be written makes the encoder
+  /// fail; nothing is reported here.
   template <class T>
   void write(std::string_view key, const T& value) {
     if constexpr (std::convertible_to<const T&, std::string_view>) {
@@ -50,11 +52,13 @@ class QUILLBAY_EXPORT JSONWriter {
     }
   }
 
+  /// Writes the member if there is a value, and nothing otherwise.
   template <class T>
   void write(std::string_view key, const std::optional<T>& value) {
     if (value) write(key, *value);
   }
 
+  /// Writes the member as an array of objects, one a record.
   template <JSONEncodable T>
   void write(std::string_view key, const std::vector<T>& records) {
     beginArray(key);
@@ -82,9 +86,11 @@ class QUILLBAY_EXPORT JSONWriter {
 /// when a text is not UTF-8 or a date not finite. No state but its policy; any thread.
 class QUILLBAY_EXPORT JSONEncoder {
  public:
+  /// `policy`: what the numbers of dates count.
   explicit JSONEncoder(JSONDatePolicy policy = JSONDatePolicy::secondsSince2001)
       : datePolicy_(policy) {}
 
+  /// The text of `record` without blanks and line breaks, or a `JSONError`.
   template <JSONEncodable T>
   std::expected<std::string, ErrorPtr> encode(const T& record) const {
     const auto writer = makeRoot();

@@ -7,7 +7,8 @@
 
 namespace quillbay::platform {
 
-/// The main queue runs in one of two ways:
+/// @file
+/// How the main queue runs: in one of two ways.
 ///
 /// - A program without an event loop drains it itself, on one thread, with `runMainQueue`.
 /// - A host with a loop of its own calls `setMainQueuePoster` once, before first use.

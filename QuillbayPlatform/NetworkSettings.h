@@ -25,6 +25,7 @@ struct QUILLBAY_EXPORT NetworkSettings {
 
   /// Any thread. Transfers that have started keep what they started with.
   static void set(NetworkSettings settings);
+  /// A copy of what `set` was last given; without it, the system's defaults. Any thread.
   static NetworkSettings current();
 };
 

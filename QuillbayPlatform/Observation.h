@@ -10,7 +10,9 @@ namespace quillbay::platform {
 /// Ends an observation when destroyed. It may outlive what is observed. Main queue only.
 class Observation {
  public:
+  /// Observes nothing.
   Observation() = default;
+  /// Keeps `registration` until the observation ends: what an object hands out.
   explicit Observation(std::shared_ptr<void> registration)
       : registration_(std::move(registration)) {}
 
@@ -22,8 +24,10 @@ class Observation {
 template <class Subject>
 class ObserverList {
  public:
+  /// Gets the object after its change.
   using Observer = std::function<void(const Subject&)>;
 
+  /// Adds `observer`, which is called until the observation that is returned has ended.
   [[nodiscard]] Observation add(Observer observer) {
     auto registration = std::make_shared<Observer>(std::move(observer));
     observers_.push_back(registration);

@@ -19,16 +19,20 @@ class QUILLBAY_EXPORT Progress : public std::enable_shared_from_this<Progress> {
   /// Called on the main queue after a change, at most once a turn of it.
   using Observer = ObserverList<Progress>::Observer;
 
+  /// Ends the observation when it is destroyed.
   using Observation = platform::Observation;
 
   /// `totalUnitCount` may be 0; the fraction is then 0 until a total is set.
   static std::shared_ptr<Progress> create(std::int64_t totalUnitCount);
 
+  /// How many units are the whole, the children's pending units included.
   std::int64_t totalUnitCount() const { return totalUnitCount_; }
+  /// `count`: 0 or more; less counts as 0.
   void setTotalUnitCount(std::int64_t count);
 
   /// Units completed by this object itself and by its finished children.
   std::int64_t completedUnitCount() const { return completedUnitCount_; }
+  /// `count`: 0 or more; less counts as 0. It may be greater than the total.
   void setCompletedUnitCount(std::int64_t count);
 
   /// Sets both counts as one change.
@@ -40,8 +44,10 @@ class QUILLBAY_EXPORT Progress : public std::enable_shared_from_this<Progress> {
 
   /// 0 to 1, children included.
   double fractionCompleted() const;
+  /// Whether a total is set, and as many units are completed.
   bool isFinished() const;
 
+  /// Calls `observer` after changes, of the children too, until the observation is destroyed.
   [[nodiscard]] Observation observe(Observer observer);
 
  private:

@@ -46,6 +46,7 @@ class QUILLBAY_EXPORT URL {
   /// The last component of path(): the file name with its extension.
   std::string lastPathComponent() const;
 
+  /// Whether the scheme is `file`.
   bool isFileURL() const;
 
   /// Scheme, host, port and path: what may be shown. The query of a presigned address is a secret.
@@ -55,7 +56,9 @@ class QUILLBAY_EXPORT URL {
   /// or this URL has no scheme. What need not change keeps its bytes.
   std::optional<URL> resolve(std::string_view reference) const;
 
+  /// By text, byte for byte.
   friend bool operator==(const URL&, const URL&) = default;
+  /// By text, byte for byte, so that a URL may be a key.
   friend std::strong_ordering operator<=>(const URL&, const URL&) = default;
 
  private:

@@ -8,6 +8,8 @@ option(QUILLBAY_SANDBOX "Build the local service" ${PROJECT_IS_TOP_LEVEL})
 option(QUILLBAY_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 option(QUILLBAY_TESTS "Build the tests, which need the programs, the local service and the examples"
   ${PROJECT_IS_TOP_LEVEL})
+option(QUILLBAY_DOCS "Offer the target docs, if Doxygen is found, and test the code in the pages"
+  ${PROJECT_IS_TOP_LEVEL})
 option(QUILLBAY_BENCHMARKS "Build the benchmarks, which need the programs and the local service" OFF)
 if(PROJECT_IS_TOP_LEVEL)
   option(BUILD_SHARED_LIBS "Build the libraries shared" ON)

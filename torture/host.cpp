@@ -1,11 +1,12 @@
 // torture-host MODE NUMBER FILE...: a host that shares the files and is disturbed on the way.
 // Prints how the share ended, "-" if it did not end. Its exit status is 0 unless it met a fault.
 //
-// NUMBER is the moment of the disturbance in microseconds after the start of the share; in the
-// modes of scarce resources, how many of them there are before none is left.
+// NUMBER is the moment of the disturbance in microseconds after the start of the share, or -1: once
+// an upload moves; in the modes of scarce resources, how many of them there are before none is
+// left.
 
 #include <QuillbayCloud/QuillbayCloud.h>
-#include <sys/resource.h>
+#include <QuillbayPlatform/DispatchQueue.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,23 +14,34 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <latch>
 #include <string_view>
 #include <thread>
 
+#include "DescriptorLimit.h"
 #include "ThreadLimit.h"
 
 namespace {
 
 using namespace quillbay;
+using platform::DispatchQueue;
 using std::chrono::microseconds;
 
-enum Fault { endedTwice = 20, endedNever, notRecovered, childFailed, wrongUsage };
+enum Fault { endedTwice = 20, endedNever, notRecovered, childFailed, tooEager, wrongUsage };
 
 constexpr const char* kSuccess = "success";
 constexpr auto kBound = std::chrono::seconds(8);
 
 /// Never destroyed: another thread may end the process while a share is started.
 std::vector<platform::URL>& files = *new std::vector<platform::URL>;
+
+const pid_t mainProcess = ::getpid();
+
+auto threadCount() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
 
 const char* name(const cloud::QuillbayCloudError& error) {
   constexpr const char* kNames[] = {
@@ -67,6 +79,11 @@ Share& share = *new Share;
 
 void runMainQueueUntil(microseconds moment) {
   using Clock = std::chrono::steady_clock;
+  if (moment < microseconds(0)) {
+    const auto isMoving = [] { return share.controller->progress()->fractionCompleted() > 0; };
+    if (!platform::runMainQueue(isMoving, kBound)) ::_exit(endedNever);
+    return;
+  }
   const auto end = Clock::now() + moment;
   platform::runMainQueue([=] { return Clock::now() >= end; },
                          std::chrono::ceil<std::chrono::milliseconds>(moment));
@@ -111,6 +128,31 @@ void cancel(microseconds moment) {
   std::exit(EXIT_SUCCESS);
 }
 
+/// The child of a process that has used the queues: in it none is at work.
+[[noreturn]] void beIdleChild(DispatchQueue& serialOfParent) {
+  ::alarm(5);
+  const auto initialThreadCount = threadCount();  // a sanitizer may have one
+  cloud::SessionController::deleteSession("session", "torture-host", "token",
+                                          [](auto&&) { ::_exit(tooEager); });
+  Share& another = *new Share;
+  another.start();
+  const auto serial = DispatchQueue::makeSerial();
+  for (auto* queue : {&DispatchQueue::main(), &DispatchQueue::globalUserInitiated(),
+                      &serialOfParent, serial.get()}) {
+    queue->async([] { ::_exit(tooEager); });
+  }
+  platform::setMainQueuePoster(nullptr);
+  platform::stopMainQueue();
+  Share::runMainQueueFor(std::chrono::milliseconds(50));
+  if (another.hasEnded() || threadCount() > initialThreadCount) ::_exit(tooEager);
+  std::exit(EXIT_SUCCESS);
+}
+
+void await(pid_t child) {
+  int status = 0;
+  if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+}
+
 /// The share runs on another thread, so that the fork can fall into anything's first use.
 void forkInBetween(microseconds moment) {
   std::thread sharing([] {
@@ -120,9 +162,44 @@ void forkInBetween(microseconds moment) {
   std::this_thread::sleep_for(moment);
   const pid_t child = ::fork();
   if (child == 0) beChild();
-  int status = 0;
-  if (::waitpid(child, &status, 0) != child || status != 0) ::_exit(childFailed);
+  await(child);
   sharing.join();
+}
+
+void forkBusy(microseconds moment) {
+  returnFromMain(moment);
+  const auto serial = DispatchQueue::makeSerial();
+  // So that the forks come upon any state of the queues.
+  const std::jthread busy([&](const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      std::latch ran(2);
+      DispatchQueue::main().async([] {});
+      DispatchQueue::globalUserInitiated().async([&] { ran.count_down(); });
+      serial->async([&] { ran.count_down(); });
+      ran.wait();
+    }
+  });
+  for (int round = 0; round < 3; ++round) {
+    const pid_t child = ::fork();
+    if (child == 0) beIdleChild(*serial);
+    await(child);
+  }
+}
+
+/// Of a parent that has used no more than a queue.
+void forkIdle(int /*number*/) {
+  DispatchQueue::main().async([] {});
+  const pid_t child = ::fork();
+  if (child == 0) beIdleChild(DispatchQueue::main());
+  await(child);
+}
+
+/// The child of a process that has used nothing shares like any other.
+void forkUnused(int /*number*/) {
+  if (const pid_t child = ::fork()) return await(child);
+  share.start();
+  share.runToItsEnd();
+  if (share.outcome != kSuccess) ::_exit(childFailed);
 }
 
 /// With the resource short, the share ends once, whatever its outcome. With the resource back, the
@@ -134,29 +211,11 @@ void runShort(int count) {
     share.start();
     share.runToItsEnd();
   }
-  Share& next = *new Share;
+  static Share& next = *new Share;
   next.start();
   next.runToItsEnd();
   if (next.outcome != kSuccess) ::_exit(notRecovered);
 }
-
-/// While it lives, this process can have so many more descriptors at a time.
-class DescriptorLimit {
- public:
-  explicit DescriptorLimit(int count) {
-    const int lowestFree = ::dup(STDOUT_FILENO);
-    ::close(lowestFree);
-    ::getrlimit(RLIMIT_NOFILE, &previous_);
-    const rlimit limit = {static_cast<rlim_t>(lowestFree + count), previous_.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-  }
-  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
-  DescriptorLimit(const DescriptorLimit&) = delete;
-  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-
- private:
-  rlimit previous_;
-};
 
 struct Mode {
   std::string_view name;
@@ -173,16 +232,19 @@ constexpr Mode kModes[] = {
     {"exit", at<exitHere>},
     {"exit-elsewhere", at<exitElsewhere>},
     {"fork", at<forkInBetween>},
+    {"fork-busy", at<forkBusy>},
+    {"fork-idle", forkIdle},
+    {"fork-unused", forkUnused},
     {"release", at<release>},
     {"cancel", at<cancel>},
     {"threads", runShort<test::ThreadLimit>},
-    {"descriptors", runShort<DescriptorLimit>},
+    {"descriptors", runShort<test::DescriptorLimit>},
 };
 
 }  // namespace
 
-/// Asked by the leak checker, where there is one: a process that ends midway leaves what it held.
-extern "C" int __lsan_is_turned_off() { return 1; }
+/// Asked by the leak checker, where there is one. A forked child leaves all as it found it.
+extern "C" int __lsan_is_turned_off() { return ::getpid() != mainProcess; }
 
 int main(int argumentCount, char** arguments) {
   if (argumentCount < 3) return wrongUsage;
@@ -190,8 +252,8 @@ int main(int argumentCount, char** arguments) {
   const char* authority = std::getenv("QUILLBAY_CACERT");
   if (route == nullptr || authority == nullptr) return wrongUsage;
   platform::NetworkSettings::set({{route}, authority, ""});
+  if (threadCount() != 1) return tooEager;
   for (int i = 3; i < argumentCount; ++i) files.push_back(platform::URL::fileURL(arguments[i]));
-  static const pid_t mainProcess = ::getpid();
   std::atexit([] {
     if (::getpid() == mainProcess) std::puts(share.hasEnded() ? share.outcome.load() : "-");
   });

@@ -42,7 +42,9 @@ class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<Se
  public:
   /// The session as the service created it.
   using SessionCreation = std::move_only_function<void(const Session&)>;
+  /// How a run has ended: with the session, or with the error.
   using Completion = std::move_only_function<void(std::expected<Session, QuillbayCloudError>)>;
+  /// How a deletion has ended.
   using DeletionCompletion = std::move_only_function<void(std::expected<void, QuillbayCloudError>)>;
 
   /// Does no work.
@@ -52,7 +54,9 @@ class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<Se
   SessionController& operator=(const SessionController&) = delete;
   ~SessionController();
 
+  /// As given to `create`.
   const SessionContext& context() const { return context_; }
+  /// As given to `create`.
   const SessionConfiguration& configuration() const { return configuration_; }
 
   /// The upload of all files, 100 units a file, moving by bytes sent. Fingerprints and the creation
@@ -76,6 +80,7 @@ class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<Se
   /// A run that is cancelled, or whose controller is released, ends without `completion`, except
   /// for the failures that `cancel` and the lifetime above name.
   void createSession(SessionCreation sessionCreation, Completion completion);
+  /// The same without `sessionCreation`, for a host that shows the link at the end.
   void createSession(Completion completion);
 
   /// Uploads the files of an existing session that have not arrived, under its link, and returns at
@@ -103,6 +108,7 @@ class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<Se
   /// and of those that it was told of by `resumeSession`.
   const std::vector<std::size_t>& uploadedItems() const;
 
+  /// Gets what the latest run is doing.
   using ActivityObserver = std::function<void(const SessionActivity&)>;
 
   /// Calls `observer` on the main queue after each change of the step, and at most ten times a

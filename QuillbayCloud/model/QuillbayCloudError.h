@@ -22,51 +22,67 @@ class QUILLBAY_EXPORT QuillbayCloudError final : public platform::Error {
  public:
   /// The object store refused a file with an XML error document.
   struct Aws {
-    AmazonError error;
+    AmazonError error;  ///< what the document says
+    /// By value.
     friend bool operator==(const Aws&, const Aws&) = default;
   };
   /// The service refused, with a message for the user in the user's language and a status.
   struct Webservice {
-    std::string localizedMessage;
-    std::int64_t status;
+    std::string localizedMessage;  ///< plain text from a server, never markup
+    std::int64_t status;           ///< as the reply's body has it: mostly the HTTP status
+    /// By value.
     friend bool operator==(const Webservice&, const Webservice&) = default;
   };
   /// Any other failure: network, reading of JSON, a file. Equal when it is the same error object.
   struct Underlying {
-    platform::ErrorPtr error;
+    platform::ErrorPtr error;  ///< never null
+    /// By identity of the error object.
     friend bool operator==(const Underlying&, const Underlying&) = default;
   };
   /// A file is missing, unreadable, no regular file, or its name cannot be sent.
   struct InvalidFile {
+    /// Always equal.
     friend bool operator==(const InvalidFile&, const InvalidFile&) = default;
   };
   /// A reply of the service or of the object store could not be understood, or none came.
   struct InvalidResponse {
+    /// Always equal.
     friend bool operator==(const InvalidResponse&, const InvalidResponse&) = default;
   };
   /// The session has no items to upload.
   struct MissingItems {
+    /// Always equal.
     friend bool operator==(const MissingItems&, const MissingItems&) = default;
   };
   /// A file could not be read to its end, or stands twice in the list.
   struct FingerprintFailure {
+    /// Always equal.
     friend bool operator==(const FingerprintFailure&, const FingerprintFailure&) = default;
   };
 
+  /// One of the cases above.
   using Case = std::variant<Aws, Webservice, Underlying, InvalidFile, InvalidResponse, MissingItems,
                             FingerprintFailure>;
 
+  /// Copies share what they hold.
   QuillbayCloudError(const QuillbayCloudError&);
+  /// Copies share what they hold.
   QuillbayCloudError& operator=(const QuillbayCloudError&);
   ~QuillbayCloudError() override;
 
+  /// An error of the case `Aws`.
   static QuillbayCloudError aws(AmazonError error);
+  /// An error of the case `Webservice`.
   static QuillbayCloudError webservice(std::string localizedMessage, std::int64_t status);
-  /// `error` must not be null.
+  /// An error of the case `Underlying`. `error` must not be null.
   static QuillbayCloudError underlying(platform::ErrorPtr error);
+  /// An error of the case `InvalidFile`.
   static QuillbayCloudError invalidFile();
+  /// An error of the case `InvalidResponse`.
   static QuillbayCloudError invalidResponse();
+  /// An error of the case `MissingItems`.
   static QuillbayCloudError missingItems();
+  /// An error of the case `FingerprintFailure`.
   static QuillbayCloudError fingerprintFailure();
 
   /// `error` itself if it is a `QuillbayCloudError`; the matching case for an error of the service
@@ -95,6 +111,7 @@ class QUILLBAY_EXPORT QuillbayCloudError final : public platform::Error {
   /// nothing), or a text of the library's own in the user's language.
   std::optional<std::string> errorDescription() const override;
 
+  /// By case and values.
   friend bool operator==(const QuillbayCloudError& left, const QuillbayCloudError& right) {
     return left.value_ == right.value_;
   }

@@ -27,7 +27,9 @@ QUILLBAY_EXPORT bool operator==(const Session& left, const Session& right);
 ///      "items": [{"id": text, "is_uploaded": boolean, "fingerprint": text}, ...]}
 class QUILLBAY_EXPORT Session {
  public:
+  /// Copies share their contents; there is no move that would leave an empty session.
   Session(const Session&) = default;
+  /// As for the copy above.
   Session& operator=(const Session&) = default;
 
   /// Names the session in later calls, such as `SessionController::deleteSession`.
@@ -36,6 +38,7 @@ class QUILLBAY_EXPORT Session {
   const std::optional<std::string>& token() const;
   /// The link to pass on.
   const platform::URL& url() const;
+  /// What the service shows above the files; absent: nothing.
   const std::optional<std::string>& title() const;
   /// When the link stops working; absent: never.
   const std::optional<platform::Date>& expirationDate() const;
@@ -53,6 +56,7 @@ class QUILLBAY_EXPORT Session {
   /// since 1970 and written without a fraction.
   void encode(platform::JSONWriter& writer) const;
 
+  /// By value, the items included.
   friend bool operator==(const Session& left, const Session& right);
 
  private:

@@ -12,27 +12,31 @@ namespace quillbay::cloud {
 
 /// What a run of a `SessionController` is doing at one moment. A value; any thread.
 struct SessionActivity {
+  /// What a run does, in the order of a run; the last three end it.
   enum class Step {
-    idle,  ///< no run has been started
-    fingerprinting,
-    creatingSession,
+    idle,               ///< no run has been started
+    fingerprinting,     ///< reads the files and hashes them
+    creatingSession,    ///< asks the service for a session
     requestingAddress,  ///< asks the service where to upload `file`
     uploading,          ///< sends `file`
     finalizing,         ///< tells the service that `file` has arrived
-    finished,
-    failed,
-    cancelled,
+    finished,           ///< every file has arrived
+    failed,             ///< an error has ended the run
+    cancelled,          ///< the host has ended the run
   };
 
   /// One of the files of the `SessionContext`.
   struct File {
     /// Position in the context's list.
     std::size_t index = 0;
+    /// The file's address, as the context has it.
     platform::URL url;
 
+    /// By value.
     friend bool operator==(const File&, const File&) = default;
   };
 
+  /// What the run is doing now, or how it has ended.
   Step step = Step::idle;
   /// The step in which a finished, failed or cancelled run ended; `idle` before that.
   Step endedIn = Step::idle;
@@ -49,16 +53,21 @@ struct SessionActivity {
 
   /// Files that the service has confirmed, those of earlier runs included, of all files.
   std::size_t finishedFileCount = 0;
+  /// All files of the context.
   std::size_t fileCount = 0;
 
-  /// Bytes of the files that this run uploads. The total is 0 until the sizes are known; it
-  /// changes if a file grows or shrinks before it is read.
+  /// Bytes that have been read and hashed, of the files that this run uploads.
   std::uint64_t fingerprintedByteCount = 0;
+  /// Bytes that have been sent, of the files that this run uploads.
   std::uint64_t sentByteCount = 0;
+  /// All bytes of the files that this run uploads: 0 until their sizes are known; it changes if a
+  /// file grows or shrinks before it is read.
   std::uint64_t totalByteCount = 0;
 
+  /// Whether the run has finished, failed or been cancelled.
   bool isOver() const { return step >= Step::finished; }
 
+  /// By value.
   friend bool operator==(const SessionActivity&, const SessionActivity&) = default;
 };
 

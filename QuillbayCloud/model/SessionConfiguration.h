@@ -37,18 +37,25 @@ class QUILLBAY_EXPORT SessionConfiguration {
   /// No title, no expiration, no password, `page`, not secret.
   static SessionConfiguration default_();
 
+  /// What the service shows above the files; absent: nothing.
   const std::optional<std::string>& title() const { return title_; }
+  /// When the link stops working; absent: never.
   const std::optional<platform::Date>& expirationDate() const { return expirationDate_; }
+  /// Needed to open the link; absent: none is. A secret.
   const std::optional<std::string>& password() const { return password_; }
+  /// Where the link leads.
   SessionLinkType linkType() const { return linkType_; }
+  /// Whether the link is long and hard to guess.
   bool secret() const { return secret_; }
 
   /// Fails with a `platform::JSONError` at the first of the keys above that does not fit: an
   /// optional one with a wrong type, or "linkType" or "secret" missing, null or wrong.
   static std::expected<SessionConfiguration, platform::ErrorPtr> decode(
       platform::JSONReader& reader);
+  /// Writes the form above, the password included.
   void encode(platform::JSONWriter& writer) const;
 
+  /// By value.
   friend bool operator==(const SessionConfiguration&, const SessionConfiguration&) = default;
 
  private:

@@ -17,9 +17,12 @@ class SessionContext {
   SessionContext(std::string instanceIdentifier, std::vector<platform::URL> items)
       : instanceIdentifier_(std::move(instanceIdentifier)), items_(std::move(items)) {}
 
+  /// Names the host's installation to the service.
   const std::string& instanceIdentifier() const { return instanceIdentifier_; }
+  /// The files, in the host's order.
   const std::vector<platform::URL>& items() const { return items_; }
 
+  /// By value.
   friend bool operator==(const SessionContext&, const SessionContext&) = default;
 
  private:

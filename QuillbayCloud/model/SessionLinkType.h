@@ -13,14 +13,17 @@ namespace quillbay::cloud {
 /// string `rawValue()`.
 class SessionLinkType {
  public:
+  /// The cases.
   enum Case {
     page,            ///< to the service's page for the session
     directDownload,  ///< to a download of the content
     directLink,      ///< to the content itself, shown inline
   };
 
+  /// A case is a link type.
   constexpr SessionLinkType(Case value)  // NOLINT(google-explicit-constructor)
       : value_(value) {}
+  /// For comparison and `switch`.
   constexpr operator Case() const { return value_; }  // NOLINT(google-explicit-constructor)
 
   /// The three cases in the order above.

@@ -19,7 +19,9 @@ class QUILLBAY_EXPORT AmazonError final : public platform::Error {
   AmazonError(std::string type, std::string message)
       : type_(std::move(type)), message_(std::move(message)) {}
 
+  /// The store's machine-readable name of the refusal, such as "AccessDenied".
   const std::string& type() const { return type_; }
+  /// The store's sentence, in its language. Plain text from a server, never markup.
   const std::string& message() const { return message_; }
 
   std::string description() const override;
@@ -29,6 +31,7 @@ class QUILLBAY_EXPORT AmazonError final : public platform::Error {
   /// Reads {"type": text, "message": text}; both are required.
   static std::expected<AmazonError, platform::ErrorPtr> decode(platform::JSONReader& reader);
 
+  /// By type and message.
   friend bool operator==(const AmazonError& left, const AmazonError& right) {
     return left.type_ == right.type_ && left.message_ == right.message_;
   }

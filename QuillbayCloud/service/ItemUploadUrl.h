@@ -15,14 +15,18 @@ namespace quillbay::cloud {
 /// is {"url": text}. Whoever holds the address may write: its query is a secret.
 class QUILLBAY_EXPORT ItemUploadUrl {
  public:
+  /// `url`: an absolute https address.
   explicit ItemUploadUrl(platform::URL url) : url_(std::move(url)) {}
 
+  /// The address with its query, a secret.
   const platform::URL& url() const { return url_; }
 
   /// Fails with a `platform::JSONError` when "url" is missing, no text, or no URL (RFC 3986).
   static std::expected<ItemUploadUrl, platform::ErrorPtr> decode(platform::JSONReader& reader);
+  /// Writes the form above, the secret included.
   void encode(platform::JSONWriter& writer) const;
 
+  /// By address.
   friend bool operator==(const ItemUploadUrl&, const ItemUploadUrl&) = default;
 
  private:

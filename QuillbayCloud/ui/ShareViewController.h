@@ -45,7 +45,9 @@ class QUILLBAY_EXPORT ShareViewController : public platform::ViewController {
         : sessionConfiguration_(std::move(sessionConfiguration)),
           contentPreview_(std::move(contentPreview)) {}
 
+    /// What fills the form.
     const SessionConfiguration& sessionConfiguration() const { return sessionConfiguration_; }
+    /// The picture beside the form; a null image is none.
     const QImage& contentPreview() const { return contentPreview_; }
 
    private:
@@ -53,7 +55,9 @@ class QUILLBAY_EXPORT ShareViewController : public platform::ViewController {
     QImage contentPreview_;
   };
 
+  /// Gets the choices that the user has confirmed.
   using OnConfirm = std::function<void(SessionConfiguration)>;
+  /// Called when the user has cancelled.
   using OnCancel = std::function<void()>;
 
   /// Builds all controls. Texts are in the language of this moment.
@@ -63,20 +67,24 @@ class QUILLBAY_EXPORT ShareViewController : public platform::ViewController {
   /// Called with what the user has confirmed, each time. The title and, but for a direct link, the
   /// password are present, though they may be empty; the expiration counts from that moment.
   const OnConfirm& onConfirm() const { return onConfirm_; }
+  /// Replaces it; an empty function reports nothing.
   void setOnConfirm(OnConfirm onConfirm) { onConfirm_ = std::move(onConfirm); }
 
   /// Called for the Cancel button and for Escape.
   const OnCancel& onCancel() const { return onCancel_; }
+  /// Replaces it; an empty function reports nothing.
   void setOnCancel(OnCancel onCancel) { onCancel_ = std::move(onCancel); }
 
   /// Shown in its own size in the corner at the end of the first line; a null image is none.
   const QImage& brandingImage() const;
+  /// Replaces it, also while the sheet is shown.
   void setBrandingImage(QImage image);
 
   /// Replaces the preview beside the form, such as when the content has changed; a null image is
   /// none. `configuration()` keeps the first.
   void setContentPreview(QImage image);
 
+  /// What the sheet was created with.
   const Configuration& configuration() const { return configuration_; }
 
   void loadView() override;
@@ -85,19 +93,29 @@ class QUILLBAY_EXPORT ShareViewController : public platform::ViewController {
   void cancelOperation() override;
   bool performKeyEquivalent(const QKeyEvent& event) override;
 
+  /// What a press of Cancel does.
   void didSelectCancelButton();
+  /// What a press of Share does.
   void didSelectShareButton();
+  /// What a press of the help button does: opens the information page in the browser.
   static void didSelectHelpButton();
 
   /// The last confirmed configuration; before, the one to start from.
   const SessionConfiguration& sessionConfiguration() const { return sessionConfiguration_; }
 
   // The parts of the view, for as long as the controller lives.
+
+  /// The first line.
   HeaderTextField& headerTextField() const { return *headerTextField_; }
+  /// The form.
   SessionConfigurationView& configurationView() const { return *configurationView_; }
+  /// Opens the service's information page.
   QAbstractButton& helpButton() const { return *helpButton_; }
+  /// Cancel.
   QPushButton& cancelButton() const { return *cancelButton_; }
+  /// Share.
   QPushButton& shareButton() const { return *shareButton_; }
+  /// Holds the branding image.
   ImageView& brandingImageView() const { return *brandingImageView_; }
 
  private:

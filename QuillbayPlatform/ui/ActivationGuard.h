@@ -23,6 +23,7 @@ class QUILLBAY_EXPORT ActivationGuard : public QObject {
   bool isOpen() const;
 
  protected:
+  /// Drops the presses named above; the guard must have been installed on the button.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

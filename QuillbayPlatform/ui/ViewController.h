@@ -26,6 +26,7 @@ class QUILLBAY_EXPORT ViewController : public QObject {
 
   /// The view; the first call loads it (`loadView`, then `viewDidLoad`).
   QWidget& view();
+  /// Whether the view is there: loaded, and not yet destroyed.
   bool isViewLoaded() const { return view_ != nullptr; }
 
   /// Hands over the view. For `loadView`.
@@ -50,6 +51,7 @@ class QUILLBAY_EXPORT ViewController : public QObject {
   /// Closed when the view has been shown, and when a dialog in front of it has gone.
   ActivationGuard& activationGuard() { return activationGuard_; }
 
+  /// Turns events of the view into the calls above.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

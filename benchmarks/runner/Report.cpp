@@ -13,11 +13,9 @@ constexpr double kCalmLoad = 1.5;
 
 constexpr const char* kIntroduction = R"(# Benchmarks
 
-    scripts/bench
-
-installs what is missing, builds the `release` preset, makes its data in a temporary folder, starts
-a TLS server on loopback, measures, prints the table below and writes this page. It takes a few
-minutes, about 1.2 GiB of disk and 3 GiB of memory, and leaves nothing running.
+`scripts/bench` installs what is missing, builds the `release` preset, makes its data in a temporary
+folder, starts a TLS server on loopback, measures, prints the table below and writes this page. It
+takes a few minutes, about 1.2 GiB of disk and 3 GiB of memory, and leaves nothing running.
 `scripts/bench --only WORD` prints the rows of one group (`fingerprint`, `upload`, `session`,
 `activity`, `memory`) and leaves this page alone.
 

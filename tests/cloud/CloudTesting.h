@@ -4,7 +4,7 @@
 #include <QuillbayCloud/service/Configuration.h>
 #include <QuillbayCloud/service/Webservice.h>
 #include <QuillbayPlatform/JSONDecoder.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <any>
@@ -77,14 +77,28 @@ class HostObject {
   HostObject(const HostObject&) = delete;
   HostObject& operator=(const HostObject&) = delete;
   ~HostObject() {
-    EXPECT_EQ(std::this_thread::get_id(), thread_) << "destroyed on another thread";
+    EXPECT_TRUE(isOnItsThread()) << "destroyed on another thread";
     --livingCount_;
   }
+
+  bool isOnItsThread() const { return std::this_thread::get_id() == thread_; }
 
  private:
   int& livingCount_;
   std::thread::id thread_ = std::this_thread::get_id();
 };
+
+/// "uploading 1", or "failed in uploading 1".
+inline std::string textOf(const cloud::SessionActivity& activity) {
+  constexpr const char* kNames[] = {"idle",       "fingerprinting", "creating",
+                                    "requesting", "uploading",      "finalizing",
+                                    "finished",   "failed",         "cancelled"};
+  const auto nameOf = [&](auto step) -> std::string { return kNames[static_cast<int>(step)]; };
+  std::string text = nameOf(activity.step);
+  const bool isSuccess = activity.step == cloud::SessionActivity::Step::finished;
+  if (activity.isOver() && !isSuccess) text += " in " + nameOf(activity.endedIn);
+  return activity.file ? text + " " + std::to_string(activity.file->index) : text;
+}
 
 /// One run of a controller and everything that its host is told, in order: "session",
 /// then "done" or the error's case and values ("webservice: status 410: Gone").
@@ -101,17 +115,17 @@ struct Host {
           sessions.push_back(session);
           onSession();
         },
-        [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& result) {
-          events.emplace_back(result ? "done" : result.error().description());
-          if (result) sessions.push_back(*result);
-          onEnd();
-        });
+        completion());
+  }
+  void resume(const cloud::Session& session, const std::vector<std::size_t>& uploadedItems) {
+    controller->resumeSession(session, uploadedItems, completion());
   }
   /// Runs the main queue until the run's callbacks are gone: nothing can come any more, and none of
   /// them keeps the controller alive by holding it.
   [[nodiscard]] bool waitForEnd() const {
     return waitUntil([this] { return livingObjectCount == 0; });
   }
+  [[nodiscard]] bool shareToEnd() { return share(), waitForEnd(); }
 
   /// Called inside the callbacks, after they are noted.
   std::function<void()> onSession = [] {};
@@ -121,6 +135,16 @@ struct Host {
   Lines events;
   std::vector<cloud::Session> sessions;
   int livingObjectCount = 0;
+
+ private:
+  cloud::SessionController::Completion completion() {
+    return [this, object = std::make_unique<HostObject>(livingObjectCount)](const auto& result) {
+      EXPECT_TRUE(object->isOnItsThread());
+      events.emplace_back(result ? "done" : result.error().description());
+      if (result) sessions.push_back(*result);
+      onEnd();
+    };
+  }
 };
 
 /// The library against a service of the test's, with a logger and files to share.

@@ -1,5 +1,4 @@
 #include <QuillbayPlatform/DispatchQueue.h>
-#include <QuillbayPlatform/FileHandle.h>
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <QuillbayPlatform/MainQueue.h>
 #include <QuillbayPlatform/ProcessExit.h>
@@ -8,7 +7,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -75,21 +73,6 @@ TEST_F(ProcessExitTest, WhatRunsIsAwaitedWithItsLibrariesAndWhatWaitsIsKept) {
       note("returned;");
     });
   }
-}
-
-TEST_F(ProcessExitTest, ALongReadEndsAndWorkThatHasNotBegunNeverDoes) {
-  expectExit(0, "", [] {
-    static std::latch reading(1);
-    for (int i = 0; i < 64; ++i) {
-      DispatchQueue::globalUserInitiated().async([first = i == 0] {
-        auto file = FileHandle::openForReading(URL::fileURL("/proc/self/exe"));
-        if (first) reading.count_down();
-        std::array<std::byte, 64> buffer;
-        while (file && file->read(buffer)) file->seek(0);
-      });
-    }
-    reading.wait();
-  });
 }
 
 TEST_F(ProcessExitTest, OpenSSLConfiguredWithoutSHA256GivesNoDigestAndNoEnd) {

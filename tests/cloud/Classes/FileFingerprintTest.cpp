@@ -1,7 +1,6 @@
 #include <QuillbayCloud/Classes/FileFingerprint.h>
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 
 #include <climits>
 
@@ -28,29 +27,7 @@ class BusyWorkQueue {
   std::promise<void> end_;
 };
 
-class FileFingerprintTest : public ServiceTest {
- protected:
-  using Result = std::expected<FileFingerprint::Fingerprints, FileFingerprint::FileHasherError>;
-
-  /// Starts a calculation whose completion holds a host object.
-  std::shared_ptr<FileFingerprint> start(std::vector<URL> files) {
-    const auto fingerprint = FileFingerprint::create(std::move(files));
-    fingerprint->calculate(
-        [this, object = std::make_unique<HostObject>(livingObjectCount_)](Result result) {
-          EXPECT_EQ(std::this_thread::get_id(), thread_);
-          result_ = std::move(result);
-        });
-    EXPECT_FALSE(result_);
-    return fingerprint;
-  }
-  std::optional<Result> waitForEnd() {
-    EXPECT_TRUE(waitUntil([this] { return livingObjectCount_ == 0; }));
-    return std::exchange(result_, std::nullopt);
-  }
-
-  int livingObjectCount_ = 0;
-  std::optional<Result> result_;
-};
+using FileFingerprintTest = ServiceTest;
 
 TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
   // Around the size of the read buffer, and the long message of FIPS 180-2.
@@ -66,40 +43,30 @@ TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
     files.push_back(file(std::to_string(byteCount), std::string(byteCount, 'a')));
     expected[files.back()] = digest;
   }
-  const auto fingerprint = start(files);
-  EXPECT_EQ(waitForEnd().value(), expected);
+  const auto fingerprint = FileFingerprint::create(files);
+  FileFingerprint::Fingerprints result;
+  fingerprint->calculate([&](auto fingerprints) { result = fingerprints.value(); });
+  EXPECT_TRUE(waitUntil([&] { return !result.empty(); }));
+  EXPECT_EQ(result, expected);
 }
 
-TEST_F(FileFingerprintTest, AFileWithoutFingerprintFailsTheWholeCalculation) {
-  const auto pipe = folder_ / "pipe";
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  const URL good = file("good", "x");
-  const URL badFiles[] = {
-      URL::fileURL(folder_ / "missing"), URL::fileURL(pipe),
-      URL::fileURL(folder_.path()),      URL::fileURL("/dev/zero"),
-      URL::fileURL("/proc/self/mem"),    good};  // opens, but cannot be read; twice
-  for (const URL& bad : badFiles) {
-    const auto fingerprint = start({good, bad});
-    EXPECT_FALSE(waitForEnd().value()) << bad.path();
-  }
-}
-
-TEST_F(FileFingerprintTest, OpensNoFileAndReportsNothingOnceItIsCancelledOrReleased) {
+TEST_F(FileFingerprintTest, NoFileIsOpenedAndNothingToldOnceTheControllerIsCancelledOrReleased) {
   const URL good = file("good", "x");
   const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
   ASSERT_GE(::inotify_add_watch(watch, good.path().c_str(), IN_OPEN), 0);
   for (const bool isCancelled : {true, false}) {
     std::optional<BusyWorkQueue> busy(std::in_place);
-    auto fingerprint = start({good});
-    const std::weak_ptr<FileFingerprint> weakFingerprint = fingerprint;
-    isCancelled ? fingerprint->cancel() : fingerprint.reset();
-    EXPECT_EQ(weakFingerprint.expired(), !isCancelled);
+    Host host({good});
+    host.share();
+    isCancelled ? host.controller->cancel() : host.controller.reset();
     busy.reset();
-    EXPECT_FALSE(waitForEnd());
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_EQ(host.events, Lines());
     char event[sizeof(inotify_event) + NAME_MAX + 1];
     EXPECT_LT(::read(watch, event, sizeof(event)), 0) << "opened";
   }
   ::close(watch);
+  EXPECT_TRUE(RecordingLogger::lastLine().ends_with("Creating fingerprints..."));
 }
 
 }  // namespace

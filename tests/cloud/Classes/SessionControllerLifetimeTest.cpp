@@ -2,14 +2,16 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 
 #include "CloudTesting.h"
+#include "TestCertificates.h"
 
 namespace quillbay::test {
 namespace {
 
 using cloud::SessionController;
 
-/// Where a run of two files stands when the host acts: among others, a reply is on its way.
-enum Phase { idle, fingerprinting, reply, session, completion };
+/// Where a run of two files stands when the host acts: among others, a reply is on its way, or the
+/// run's own report.
+enum Phase { idle, fingerprinting, reply, session, report, completion };
 enum Action { cancel, release };
 
 /// The last things that a run does: its last call, and the end of its last line in the log, which
@@ -51,6 +53,8 @@ const Interruption kInterruptions[] = {
     {"ReleaseFailingCreation", reply, Call::createSession, release, true, kGone, kCreated},
     {"CancelInSessionCallback", session, Call::unknown, cancel, false, kSession, kCreated},
     {"ReleaseInSessionCallback", session, Call::unknown, release, false, kSession, kCreated},
+    {"CancelReport", report, Call::createSession, cancel, true, kSession, kCreated},
+    {"ReleaseReport", report, Call::createSession, release, true, kSession, kCreated},
     {"CancelRequesting", reply, Call::uploadUrl, cancel, false, kSession, kStopped},
     {"ReleaseRequesting", reply, Call::uploadUrl, release, false, kSession, kAddressed},
     {"CancelUploading", reply, Call::store, cancel, false, kSession, kStopped},
@@ -71,6 +75,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, SessionControllerInterruption, testing::ValuesIn(
 
 TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   const auto& row = GetParam();
+  const Reply withoutItems = Reply::json(R"({"id":"s","url":"https://q.example","items":[]})");
+  if (row.phase == report) service_.answer(row.call, withoutItems);
   std::shared_ptr<Gate> gate;
   if (row.phase == reply) {
     gate = service_.hold(row.call, row.callFails ? std::optional(gone_) : std::nullopt);
@@ -83,6 +89,7 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
     EXPECT_TRUE(weakController.expired()) << "kept alive by its work";
   };
   if (row.phase == session) host.onSession = act;
+  if (row.phase == report) host.onSession = [&] { platform::DispatchQueue::main().async(act); };
   if (row.phase == completion) host.onEnd = act;
   if (row.phase == idle) act();
   host.share();
@@ -102,32 +109,54 @@ TEST_P(SessionControllerInterruption, LeavesNoCallbackAndNoFurtherCall) {
   EXPECT_EQ(calls.empty() ? "" : calls.back(), row.end.call);
 }
 
-// The queue has found its error and posted it; the host acts before it arrives.
-TEST_F(SessionControllerLifetime, AReportUnderWayIsNotDeliveredAfterCancelOrRelease) {
-  service_.answer(Call::createSession,
-                  Reply::json(R"({"id":"s","url":"https://q.example","items":[]})"));
-  for (const Action action : {cancel, release}) {
-    Host host(files(1));
-    host.onSession = [&] {
-      platform::DispatchQueue::main().async([&] {
-        if (action == cancel) return host.controller->cancel();
-        host.controller.reset();
-      });
-    };
-    host.share();
-    ASSERT_TRUE(host.waitForEnd());
-    EXPECT_EQ(host.events, Lines{"session"});
-  }
-}
-
 TEST_F(SessionControllerLifetime, ACompletionMayStartTheNextRun) {
   Host host(files(2));
   host.onEnd = [&] {
     if (host.sessions.size() == 2) host.share();
   };
-  host.share();
-  ASSERT_TRUE(host.waitForEnd());
+  ASSERT_TRUE(host.shareToEnd());
   EXPECT_EQ(host.events, (Lines{"session", "done", "session", "done"}));
+}
+
+TEST_F(SessionControllerLifetime, AHostThatExitsForksOrLacksWhatItNeedsAtAnyMomentEndsCleanly) {
+  const std::string small = folder_.writePattern("small", 100'000);
+  // Beyond what the sockets' buffers take.
+  const std::string large = folder_.writeSparse("large", 64 * 1024 * 1024);
+  const auto expectCleanEnd = [](const ScriptedServer& service, const std::string& arguments) {
+    const std::string command =
+        "QUILLBAY_CACERT=" + TestCertificates::shared().authorityPath().string() +
+        " QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" +
+        std::to_string(service.port()) + " timeout -s KILL 10 " TORTURE_HOST " " + arguments;
+    EXPECT_EQ(std::system((command + " >/dev/null").c_str()), 0) << command;
+  };
+  for (int moment = 0; moment < 30'000; moment += 1'500) {
+    for (const std::string mode : {"return ", "exit "}) {
+      expectCleanEnd(service_.server(), mode + std::to_string(moment) + " " + small);
+    }
+  }
+  expectCleanEnd(service_.server(), "fork-unused 0 " + small);
+  // Takes longer to read than is waited for.
+  const std::string huge = folder_.writeSparse("huge", std::uint64_t{1} << 36);
+  expectCleanEnd(service_.server(), "exit 10000 " + huge);
+  for (const char* arguments : {"threads 0 ", "threads 1 ", "threads 2 ", "descriptors 0 ",
+                                "descriptors 1 ", "descriptors 2 ", "descriptors 3 "}) {
+    expectCleanEnd(service_.server(), arguments + small);
+  }
+  ScriptedServer silent;
+  silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
+  for (const char* arguments : {"exit 10000 ", "exit-elsewhere 20000 ", "fork-idle 0 "}) {
+    expectCleanEnd(silent, arguments + small);
+  }
+  ScriptedServer stalled;
+  stalled.onConnection([](Connection& connection) {
+    connection.readRequest(1024 * 1024);
+    connection.waitFor(Gate());
+  });
+  service_.answer(Call::uploadUrl,
+                  Reply::json(R"({"url":")" + stalled.address("/", "localhost") + "\"}"));
+  for (const char* arguments : {"exit -1 ", "exit -1 ", "exit -1 ", "fork-busy -1 "}) {
+    expectCleanEnd(service_.server(), arguments + large);
+  }
 }
 
 }  // namespace

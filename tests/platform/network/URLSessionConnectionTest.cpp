@@ -1,32 +1,16 @@
 #include "NetworkTest.h"
 
-#include <QuillbayPlatform/network/Engine.h>
-#include <netdb.h>
 #include <poll.h>
 
 #include <array>
 #include <ctime>
 #include <ranges>
-#include <semaphore>
 
 namespace quillbay::test {
 namespace {
 
 using URLSessionConnectionTest = NetworkTest;
 using platform::URLSession;
-
-/// The lookup of a host's name, of which no test here needs the result.
-struct Lookup {
-  std::atomic<bool> hasBegun = false;
-  std::atomic<bool> hasEnded = false;
-  std::binary_semaphore mayEnd{0};
-} lookup;
-
-platform::URLRequest createSession(const ScriptedServer& server) {
-  auto post = request("POST", server.address("/session"));
-  post.body = "{}";
-  return post;
-}
 
 TEST_F(URLSessionConnectionTest, OneConnectionServesAllSessionsAndOneMoreThePost) {
   const auto file = folder_.writePattern("file", 2 * mebibyte);
@@ -37,7 +21,7 @@ TEST_F(URLSessionConnectionTest, OneConnectionServesAllSessionsAndOneMoreThePost
     EXPECT_EQ(RunningTask(put, file, *session).wait().status(), 200);
   }
   EXPECT_EQ(server_.connectionCount(), 1u);
-  EXPECT_EQ(perform(createSession(server_)).status(), 200);
+  EXPECT_EQ(perform(request("POST", server_.address("/session"), "{}")).status(), 200);
   EXPECT_EQ(perform(request("DELETE", server_.address("/session/1"))).status(), 200);
   EXPECT_EQ(server_.connectionCount(), 2u);
 }
@@ -99,8 +83,7 @@ TEST_F(URLSessionConnectionTest, AServerThatWillNotBeAskedGetsTheWholeRequestOnc
         // As a server may: it takes what it was promised, and drops it.
         connection.waitForClient();
       });
-      auto sent = createSession(server);
-      sent.body = body;
+      const auto sent = request("POST", server.address("/session"), body);
       const Outcome outcome = isUpload ? upload(server.address("/store"), file) : perform(sent);
       ASSERT_TRUE(outcome.response);
       const auto tag = outcome.response->valueForHTTPHeaderField("ETag");
@@ -116,15 +99,13 @@ TEST_F(URLSessionConnectionTest, AServerThatWillNotBeAskedGetsTheWholeRequestOnc
 TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
   const auto file = folder_.writePattern("file", 100'000);
   server_.onRequest([](const Request& got) { return Reply{.body = got.target()}; });
-  std::atomic<int> requestCount = 0;
   std::array<std::vector<RunningTask>, 4> tasks;
   std::vector<std::jthread> threads;
   for (auto& tasksOfThread : tasks) {
     threads.emplace_back([&] {
       const auto session = URLSession::create();
       for (int index = 0; index < 25; ++index) {
-        const auto path = "/" + std::to_string(++requestCount);
-        const auto put = storeRequest(server_.address(path), 100'000);
+        const auto put = storeRequest(server_.address("/" + std::to_string(index)), 100'000);
         tasksOfThread.push_back(index % 2 == 0
                                     ? RunningTask(put, file, *session)
                                     : RunningTask({"GET", put.url}, std::nullopt, *session));
@@ -138,21 +119,6 @@ TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
     EXPECT_EQ(outcome.data, outcome.response->url().path());
   }
   EXPECT_EQ(server_.requests().size(), 100u);
-}
-
-TEST_F(URLSessionConnectionTest, TheEngineStopsWhileANameIsStillLookedUp) {
-  bool hasFinished = false;
-  platform::Engine engine;
-  engine.start(std::make_unique<platform::Transfer>(
-      request("GET", "https://slow.quillbay.example/"), std::nullopt,
-      platform::TaskProgress::create(),
-      [&](const platform::Transfer::Outcome&) { hasFinished = true; }));
-  EXPECT_TRUE(waitUntil([] { return lookup.hasBegun.load(); }));
-  engine.stop();
-  EXPECT_TRUE(hasFinished);
-  EXPECT_FALSE(lookup.hasEnded);
-  lookup.mayEnd.release();
-  EXPECT_TRUE(waitUntil([] { return lookup.hasEnded.load(); }));
 }
 
 TEST_F(URLSessionConnectionTest, WaitingForTheNetworkTakesNoProcessorTime) {
@@ -176,12 +142,3 @@ TEST_F(URLSessionConnectionTest, WaitingForTheNetworkTakesNoProcessorTime) {
 
 }  // namespace
 }  // namespace quillbay::test
-
-/// In place of the system's, for libcurl.
-extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**) {
-  using quillbay::test::lookup;
-  lookup.hasBegun = true;
-  (void)lookup.mayEnd.try_acquire_for(std::chrono::seconds(10));
-  lookup.hasEnded = true;
-  return EAI_FAIL;
-}

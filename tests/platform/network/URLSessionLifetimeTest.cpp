@@ -6,7 +6,6 @@
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 #include <latch>
 #include <set>
@@ -30,13 +29,13 @@ std::set<int> numbersIn(const char* folder) {
 /// What whoever started this process left open.
 const std::set<int> inheritedDescriptors = numbersIn("/proc/self/fd");
 
-std::uint64_t blockedSignals(int thread) {
-  std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
-  const std::string_view key = "SigBlk:\t";
+/// The line of a status file of /proc that begins with `key`; "" if its thread has ended.
+std::string statusLine(const std::string& path, std::string_view key) {
+  std::ifstream status(path);
   for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(key)) return std::stoull(line.substr(key.size()), nullptr, 16);
+    if (line.starts_with(key)) return line;
   }
-  return ~std::uint64_t{0};  // the thread has ended
+  return "";
 }
 
 /// Not libcurl's own wake-up pair, over which its user has no say.
@@ -89,21 +88,25 @@ TEST_F(URLSessionLifetimeTest, WhatAHandlerHoldsIsReleasedOnTheMainQueue) {
 std::vector<std::string> processState() {
   std::vector<std::string> state = {std::setlocale(LC_ALL, nullptr)};
   for (char** entry = environ; *entry != nullptr; ++entry) state.emplace_back(*entry);
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    for (const char* key : {"Umask", "SigBlk", "SigIgn", "SigCgt"}) {
-      if (line.starts_with(key)) state.push_back(line);
-    }
+  for (const char* key : {"Umask", "SigBlk", "SigIgn", "SigCgt"}) {
+    state.push_back(statusLine("/proc/self/status", key));
   }
   return state;
 }
 
 TEST_F(URLSessionLifetimeTest, AnUploadTakesNoSignalsLeavesNothingToInheritAndChangesNoSetting) {
   const auto stateBefore = processState();
-  RunningTask running = stalledUpload();
+  server_.onConnection(stallUpload);
+  // By way of a host's name.
+  RunningTask running(storeRequest(server_.address("/", "localhost"), longByteCount),
+                      folder_.writeSparse("stalled", longByteCount));
+  EXPECT_TRUE(waitUntil([&] { return running.progress()->fractionCompleted() > 0; }));
   for (const int thread : numbersIn("/proc/self/task")) {
     if (thread == ::getpid()) continue;
-    const std::uint64_t blocked = blockedSignals(thread);
+    const std::string line =
+        statusLine("/proc/self/task/" + std::to_string(thread) + "/status", "SigBlk:");
+    if (line.empty()) continue;
+    const std::uint64_t blocked = std::stoull(line.substr(8), nullptr, 16);
     for (const int signal : {SIGPIPE, SIGINT, SIGTERM, SIGALRM, SIGCHLD}) {
       EXPECT_TRUE(blocked >> (signal - 1) & 1) << "thread " << thread << ", signal " << signal;
     }
@@ -122,34 +125,6 @@ TEST_F(URLSessionLifetimeTest, AnUploadTakesNoSignalsLeavesNothingToInheritAndCh
   server_.stop();
   EXPECT_EQ(running.wait().code(), Code::networkConnectionLost);
   EXPECT_EQ(processState(), stateBefore);
-}
-
-TEST_F(URLSessionLifetimeTest,
-       AHostThatExitsOrForksAmidAnUploadEndsCleanlyAndItsTasksNeverEndTwice) {
-  const auto file = folder_.writeSparse("file", 4096 * mebibyte);
-  const std::string authority = TestCertificates::shared().authorityPath();
-  ScriptedServer stalled;
-  stalled.onConnection(stallUpload);
-  ScriptedServer silent;
-  silent.onConnection([](Connection& connection) { connection.waitFor(Gate()); });
-  struct Row {
-    const char* mode;
-    const ScriptedServer& server;
-    int roundCount;
-  };
-  const std::vector<Row> rows = {
-      {"exit", server_, 20},       {"exit", stalled, 5}, {"exit-at-once", server_, 10},
-      {"exit-at-once", silent, 3}, {"fork", stalled, 1}, {"fork-idle", stalled, 1},
-      {"fork-unused", stalled, 1},
-  };
-  for (const Row& row : rows) {
-    // Ends one that hangs.
-    const std::string command = "timeout -s KILL 10 " NETWORK_GUEST " " + std::string(row.mode) +
-                                " " + row.server.address() + " " + authority + " " + file.string();
-    for (int round = 0; round < row.roundCount; ++round) {
-      ASSERT_EQ(std::system(command.c_str()), 0) << command << ", round " << round;
-    }
-  }
 }
 
 }  // namespace

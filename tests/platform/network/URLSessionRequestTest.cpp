@@ -46,9 +46,8 @@ TEST_F(URLSessionRequestTest, ADataTaskSendsItsBodyAndNoFieldThatTheServiceWasNo
            {"Content-Length: 2", "Content-Type: a/b"}},
       };
   for (const auto& [method, fields, body, fieldLines] : rows) {
-    auto sent = request(method, address_);
+    auto sent = request(method, address_, body);
     sent.headerFields = fields;
-    sent.body = body;
     EXPECT_EQ(perform(sent).status(), 200);
     Lines expected = fieldLines;
     expected.insert(expected.end(), {"Accept: */*", "Accept-Encoding: gzip"});
