@@ -18,6 +18,7 @@ namespace quillbay::cloud {
 class Item;
 class Session;
 
+/// By value, the items included.
 QUILLBAY_EXPORT bool operator==(const Session& left, const Session& right);
 
 /// A sharing session as the service describes it. An immutable value whose copies share their
@@ -56,7 +57,6 @@ class QUILLBAY_EXPORT Session {
   /// since 1970 and written without a fraction.
   void encode(platform::JSONWriter& writer) const;
 
-  /// By value, the items included.
   friend bool operator==(const Session& left, const Session& right);
 
  private:

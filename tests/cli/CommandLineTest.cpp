@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <string>
-#include <vector>
 
 namespace quillbay::cli {
 namespace {
@@ -17,9 +15,7 @@ const platform::Date kNow = platform::dateFromSecondsSince1970(1'700'000'000);
 std::expected<Command, CommandLineEnd> parse(const Arguments& arguments,
                                              const Variables& variables = {}) {
   const auto environment = [&](const char* name) -> std::optional<std::string> {
-    const auto found = variables.find(name);
-    if (found == variables.end()) return std::nullopt;
-    return found->second;
+    return variables.contains(name) ? std::optional(variables.at(name)) : std::nullopt;
   };
   return parseCommandLine(arguments, environment, kNow);
 }
@@ -54,10 +50,8 @@ TEST(CommandLine, optionsWinOverTheEnvironmentAndTheEnvironmentOverTheDefaults) 
                             {"QUILLBAY_CACERT", "ca.pem"},
                             {"ALL_PROXY", "http://proxy"}};
   const ShareOptions silent = share({"share", "file"}, variables);
-  EXPECT_EQ(silent.title, std::nullopt);
-  EXPECT_EQ(silent.expirationDate, std::nullopt);
+  EXPECT_FALSE(silent.title || silent.expirationDate || silent.common.instanceIdentifier);
   EXPECT_EQ(silent.linkType, cloud::SessionLinkType::page);
-  EXPECT_EQ(silent.common.instanceIdentifier, std::nullopt);
   EXPECT_EQ(silent.retryCount, 5);
   EXPECT_EQ(silent.common.network.connectTo, (Arguments{"a:1:b:2", ":3:c:4"}));
   EXPECT_EQ(silent.common.network.caBundlePath, "ca.pem");
@@ -128,16 +122,11 @@ TEST(CommandLine, whatCannotBeCarriedOutIsAUsageErrorThatNamesIt) {
 }
 
 TEST(CommandLine, helpTellsTheExitStatusesAndWinsOverErrorsBehindIt) {
-  for (const Arguments& arguments : std::vector<Arguments>{{"--help"},
-                                                           {"-h"},
-                                                           {"help"},
-                                                           {"help", "delete"},
-                                                           {"share", "-h"},
-                                                           {"share", "--help", "--bogus"},
-                                                           {"resume", "-h"},
-                                                           {"help", "list"},
-                                                           {"help", "forget"},
-                                                           {"delete", "--help"}}) {
+  const Arguments rows[] = {{"--help"},          {"-h"},           {"help"},
+                            {"help", "delete"},  {"share", "-h"},  {"share", "--help", "--bogus"},
+                            {"resume", "-h"},    {"help", "list"}, {"help", "forget"},
+                            {"delete", "--help"}};
+  for (const Arguments& arguments : rows) {
     const auto command = parse(arguments);
     ASSERT_FALSE(command);
     EXPECT_EQ(command.error().status, ExitStatus::success);

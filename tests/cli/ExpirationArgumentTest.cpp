@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace quillbay::cli {
 namespace {
 
@@ -18,11 +16,8 @@ std::string outcome(const char* text) {
 }
 
 TEST(ExpirationArgument, isAnInstantToComeOrARefusalThatSaysWhy) {
-  const struct {
-    const char* text;
-    /// Part of it, for refusals.
-    const char* outcome;
-  } rows[] = {
+  // Of a refusal it is a part of the reason.
+  const std::pair<const char*, const char*> rows[] = {
       {"never", "never"},
       {"30m", "2024-01-31T12:30:00Z"},
       {"12h", "2024-02-01T00:00:00Z"},
@@ -56,9 +51,8 @@ TEST(ExpirationArgument, isAnInstantToComeOrARefusalThatSaysWhy) {
       {"2030-01-01T00:00:00Z ", "is no time"},
       {"", "is no time"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
-    EXPECT_TRUE(outcome(row.text).contains(row.outcome)) << outcome(row.text);
+  for (const auto& [text, expected] : rows) {
+    EXPECT_TRUE(outcome(text).contains(expected)) << text << ": " << outcome(text);
   }
   EXPECT_DOUBLE_EQ(platform::secondsSince1970(**parseExpiration("2024-02-01T00:00:01.250Z", kNow)),
                    1'706'745'601.25);

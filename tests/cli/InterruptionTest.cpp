@@ -3,30 +3,24 @@
 namespace quillbay::test {
 namespace {
 
-using testing::HasSubstr;
-
 // Nothing here is timed: what the program must not wait for never comes.
 using Interrupted = ProgramTest;
 
 TEST_F(Interrupted, aStalledUploadIsGivenUpAndItsSessionDeleted) {
-  stall(Call::store);
-  std::size_t sessionCount = 0;
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     SCOPED_TRACE(signal);
-    const auto program = start({.arguments = {"share", "--json", file_}});
-    ++sessionCount;
-    ASSERT_TRUE(program->waitUntil([&] { return count(Call::store) == sessionCount; }));
+    const auto program = startStalled(Call::store, "quillbay share --json file");
     program->signal(signal);
     EXPECT_EQ(program->waitForExit(), 130);
-    EXPECT_EQ(count(Call::deleteSession), sessionCount);
-    EXPECT_EQ(events(*program).back(), nlohmann::json({{"event", "deleted"}}));
+    EXPECT_EQ(count(Call::deleteSession), count(Call::createSession));
+    EXPECT_EQ(events(*program).back(), json({{"event", "deleted"}}));
     EXPECT_EQ(program->error(), "");
   }
 }
 
 TEST_F(Interrupted, keepLeavesTheSessionAndTellsHowToDeleteIt) {
-  const auto program = startStalled(
-      Call::store, {.arguments = {"share", "--keep", "--no-history", "--instance", "it's", file_}});
+  const auto program =
+      startStalled(Call::store, "quillbay share --keep --no-history --instance \"it's\" file");
   interrupt(*program);
   EXPECT_EQ(count(Call::deleteSession), 0U);
   EXPECT_THAT(program->error(),
@@ -34,41 +28,29 @@ TEST_F(Interrupted, keepLeavesTheSessionAndTellsHowToDeleteIt) {
                         R"(--instance 'it'\''s' --token-file - -- 'session-1')"));
 }
 
-TEST_F(Interrupted, aSecondSignalEndsAtOnce) {
-  stall(Call::deleteSession);
-  const auto program = startStalled(Call::store, {.arguments = {"share", file_}});
-  program->signal(SIGINT);
-  ASSERT_TRUE(program->waitUntil([&] { return count(Call::deleteSession) == 1; }));
-  interrupt(*program);
-  // The bounded wait for the deletion would have ended with a message.
-  EXPECT_EQ(program->error(), "");
-}
-
 TEST_F(Interrupted, aSessionThatIsCreatedAfterwardsIsDeleted) {
-  const auto program =
-      startStalled(Call::createSession, {.arguments = {"share", file_}, .error = Stream::terminal});
+  const auto program = startStalled(Call::createSession, "quillbay share file 2>/dev/tty");
   program->signal(SIGINT);
   ASSERT_TRUE(program->waitToShow("Cancelling..."));
   gate_->open();
   EXPECT_EQ(program->waitForExit(), 130);
-  EXPECT_EQ(count(Call::deleteSession), 1U);
-  EXPECT_EQ(count(Call::store), 0U);
+  EXPECT_EQ(service_.calls(), (std::vector<std::string>{"create", "delete session-1"}));
   EXPECT_EQ(program->output(), "");
 }
 
 TEST_F(Interrupted, aRequestWithoutReplyDoesNotHoldTheEndUpAndIsSaidToBeOpen) {
-  const auto creation = startStalled(Call::createSession, {.arguments = {"share", file_}});
+  const auto creation = startStalled(Call::createSession, "quillbay share file");
   interrupt(*creation);
   EXPECT_THAT(creation->error(), HasSubstr("has not answered"));
-  const auto deletion = startStalled(
-      Call::deleteSession, {.arguments = {"delete", "session-1", "--token", FakeService::token}});
+  const auto deletion =
+      startStalled(Call::deleteSession, "quillbay delete session-1 --token token-of-session-1");
   interrupt(*deletion);
   EXPECT_THAT(deletion->error(), HasSubstr("may be deleted, or not"));
 }
 
 TEST_F(Interrupted, hashingIsGivenUp) {
-  const std::string large = folder_.writeSparse("large", std::uint64_t{1} << 42);
-  const auto program = start({.arguments = {"share", large}, .error = Stream::terminal});
+  folder_.writeSparse("large", std::uint64_t{1} << 42);
+  const auto program = start("quillbay share large 2>/dev/tty");
   ASSERT_TRUE(program->waitToShow("Fingerprinting 1 file (4.4 TB)"));
   program->type("\x03");
   EXPECT_EQ(program->waitForExit(), 130);
@@ -77,8 +59,8 @@ TEST_F(Interrupted, hashingIsGivenUp) {
 }
 
 TEST_F(Interrupted, aSignalThatTheCallerIgnoresStaysIgnored) {
-  const auto program = startStalled(
-      Call::store, {.arguments = {"share", file_}, .ignoredSignals = {SIGHUP, SIGINT}});
+  const auto program =
+      startStalled(Call::store, "sh -c \"trap '' HUP INT; exec quillbay share file\"");
   program->signal(SIGHUP);
   program->signal(SIGINT);
   gate_->open();

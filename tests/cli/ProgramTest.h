@@ -1,55 +1,60 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <csignal>
-#include <filesystem>
-#include <memory>
-#include <nlohmann/json.hpp>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "ChildProcess.h"
 #include "FakeService.h"
-#include "TemporaryFolder.h"
 #include "TestCertificates.h"
 
 namespace quillbay::test {
 
-/// The program against a service of the test's.
+using nlohmann::json;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+/// The program against a service of the test's. Commands run in the test's folder.
 class ProgramTest : public testing::Test {
  protected:
-  using Setup = ChildProcess::Setup;
-  using Stream = ChildProcess::Stream;
   using Call = FakeService::Call;
+  using Program = std::unique_ptr<ChildProcess>;
 
-  /// The program, on its way to the service.
-  std::unique_ptr<ChildProcess> start(Setup setup) {
-    const std::string port = std::to_string(service_.server().port());
-    setup.environment.push_back("QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" + port);
-    setup.environment.push_back("QUILLBAY_CACERT=" +
-                                TestCertificates::shared().authorityPath().string());
-    setup.environment.insert(setup.environment.begin(), "XDG_STATE_HOME=" + state_.string());
-    return std::make_unique<ChildProcess>(setup);
+  Program start(const std::string& command, std::string_view input = "") {
+    const std::string environment =
+        "PATH='" QUILLBAY_PROGRAM_FOLDER
+        ":/usr/bin:/bin' XDG_STATE_HOME=\"$PWD/state\" QUILLBAY_CACERT='" +
+        TestCertificates::shared().authorityPath().string() +
+        "' QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:" +
+        std::to_string(service_.server().port()) + " ";
+    return std::make_unique<ChildProcess>(folder_.path(), environment + command, input);
   }
 
   /// The program, once it has ended with `status`.
-  std::unique_ptr<ChildProcess> run(int status, Setup setup) {
-    auto program = start(std::move(setup));
+  Program run(int status, const std::string& command, std::string_view input = "") {
+    auto program = start(command, input);
     EXPECT_EQ(program->waitForExit(), status) << program->error() << program->terminal();
     return program;
   }
 
   /// Has every reply to `call` wait at the gate, which is that of the last stall.
-  void stall(Call call) { gate_ = service_.hold(call); }
+  void stall(Call call, int item = 0) { gate_ = service_.hold(call, std::nullopt, item); }
 
   /// The program, once it waits for the stalled reply to `call`.
-  std::unique_ptr<ChildProcess> startStalled(Call call, Setup setup) {
+  Program startStalled(Call call, const std::string& command) {
     stall(call);
-    auto program = start(std::move(setup));
-    EXPECT_TRUE(program->waitUntil([&] { return count(call) > 0; })) << program->error();
+    return startUntil(call, command);
+  }
+
+  /// The program, once it has made one more `call`.
+  Program startUntil(Call call, const std::string& command) {
+    const std::size_t before = count(call);
+    auto program = start(command);
+    EXPECT_TRUE(program->waitUntil([&] { return count(call) > before; })) << program->error();
     return program;
   }
 
@@ -61,26 +66,25 @@ class ProgramTest : public testing::Test {
 
   std::size_t count(Call call) const { return service_.requests(call).size(); }
 
-  /// As the first session was created with it: in Base64.
-  std::string sentPassword() const {
-    const std::string body = service_.requests(Call::createSession).at(0).body;
-    return nlohmann::json::parse(body).at("config").at("p");
+  /// The body of the newest request for a session.
+  json sentSession() const {
+    return json::parse(service_.requests(Call::createSession).back().body);
   }
 
-  static std::vector<nlohmann::json> events(const ChildProcess& program) {
-    std::vector<nlohmann::json> events;
+  static std::vector<json> events(const ChildProcess& program) {
+    std::vector<json> events;
     std::istringstream lines(program.output());
     for (std::string line; std::getline(lines, line);) {
-      events.push_back(nlohmann::json::parse(line, nullptr, false));
+      events.push_back(json::parse(line, nullptr, false));
       EXPECT_TRUE(events.back().is_object()) << line;
     }
     return events;
   }
 
   const TemporaryFolder folder_;
-  const std::filesystem::path state_ = folder_ / "state";
   const std::string file_ = folder_.write("file", "content");
-  const std::string link_ = std::string(FakeService::link) + "\n";
+  const std::string other_ = folder_.write("other", "more");
+  const std::string link_ = FakeService::link;
   std::shared_ptr<Gate> gate_;
   FakeService service_;
 };

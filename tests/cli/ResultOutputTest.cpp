@@ -1,11 +1,9 @@
 #include "hosts/cli/ResultOutput.h"
 
 #include <QuillbayPlatform/JSONDecoder.h>
+#include <QuillbayPlatform/URLError.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
 
 #include "TemporaryFolder.h"
 #include "hosts/common/FileDescriptor.h"
@@ -32,10 +30,6 @@ std::string written(std::unique_ptr<ResultOutput> (*make)(int),
   return test::readFile(path);
 }
 
-struct NoRoute final : platform::Error {
-  std::string description() const override { return "no route"; }
-};
-
 FailureReport reportOf(const QuillbayCloudError& error) {
   return FailureReport::of(error, {.cause = host::FailureCause::serviceBusy,
                                    .whatFailed = "it failed",
@@ -44,14 +38,16 @@ FailureReport reportOf(const QuillbayCloudError& error) {
 }
 
 TEST(ResultOutput, anEventIsOneLineOfASCIIWithWhatIsKnown) {
-  const auto use = [](ResultOutput& out) {
+  const auto noRoute = std::make_shared<const platform::URLError>(
+      platform::URLError::Code::cannotConnectToHost, "no route");
+  const auto use = [&](ResultOutput& out) {
     out.sessionCreated(kFullSession);
     out.sessionCreated(session(R"({"id":"s1","url":"https://x/s","items":[]})"));
     FailureReport report = reportOf(QuillbayCloudError::aws({"AccessDenied", "No\n\xff"}));
     report.file = "a\xff";
     out.failed(report);
     out.failed(reportOf(QuillbayCloudError::webservice("Full", 507)));
-    out.failed(reportOf(QuillbayCloudError::underlying(std::make_shared<const NoRoute>())));
+    out.failed(reportOf(QuillbayCloudError::underlying(noRoute)));
     out.retrying(std::chrono::seconds(2), 1, "connection-lost");
     out.cancelled();
   };

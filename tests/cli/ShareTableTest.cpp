@@ -1,7 +1,7 @@
 #include "hosts/cli/ShareTable.h"
 
 #include <QuillbayPlatform/JSONDecoder.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace quillbay::cli {
 namespace {
@@ -41,11 +41,8 @@ TEST(ShareTable, isAlignedAndCutsTitlesToTheTerminal) {
       "https://x/s\n"
       "1970-01-01 00:00  deleted    3       1.2 kB  1970-01-01 00:01                          "
       "https://x/s\n");
-  for (const std::size_t columnCount : {90U, 20U}) {
-    const std::string table = shareTable(kShares, kNow, columnCount);
-    EXPECT_TRUE(table.contains(columnCount == 90 ? "  A title of ...  https" : "  A tit...  https"))
-        << table;
-  }
+  EXPECT_THAT(shareTable(kShares, kNow, 90), testing::HasSubstr("  A title of ...  https"));
+  EXPECT_THAT(shareTable(kShares, kNow, 20), testing::HasSubstr("  A tit...  https"));
 }
 
 TEST(ShareTable, anObjectTellsAllButTheToken) {

@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 
 #include <QBuffer>
-#include <QImage>
 #include <QMimeData>
 #include <QUrl>
 
@@ -18,23 +17,18 @@ using FilesTest = DesktopTest;
 TEST_F(FilesTest, WhatCannotBeSharedIsNamedAndLeftOut) {
   const std::string pipe = folder_.path() / "pipe";
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  struct Row {
-    const char* name;
-    std::string path;
-    const char* key;
-  };
-  const std::vector<Row> rows = {
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"a folder", folder_.path(), "problem.folder"},
       {"a pipe, without waiting for its writer", pipe, "problem.not-regular"},
       {"a file that is not there", folder_.path() / "absent", "problem.missing"},
       {"a name that cannot be sent", folder_.write("caf\xE9", "x"), "problem.name"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, path, key] : rows) {
+    SCOPED_TRACE(name);
     FileSelection files;
-    const QStringList problems = files.add(std::vector{row.path});
+    const QStringList problems = files.add(std::vector{path});
     ASSERT_EQ(problems.size(), 1);
-    const QString form = localized(row.key);
+    const QString form = localized(key);
     EXPECT_TRUE(problems[0].contains(form.mid(form.indexOf("%1") + 2, 8)))
         << problems[0].toStdString();
     EXPECT_TRUE(files.isEmpty());

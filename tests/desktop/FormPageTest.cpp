@@ -1,13 +1,8 @@
-#include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
-#include <QImage>
-#include <QLabel>
 #include <QMimeData>
 #include <QTreeView>
-
-#include <QuillbayPlatform/StringTable.h>
 
 #include "DesktopTest.h"
 

@@ -1,8 +1,5 @@
-#include <QApplication>
 #include <QClipboard>
 #include <QProgressBar>
-#include <QStyleHints>
-#include <array>
 
 #include "DesktopTest.h"
 
@@ -12,27 +9,20 @@ namespace {
 using MainWindowTest = DesktopTest;
 
 TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
-  const auto gate = stall(Call::store);
-  open({first_, second_});
-  share("run.uploading");
+  const auto gate = service_.hold(Call::store);
+  openAndShare({first_, second_}, "run.uploading");
   EXPECT_EQ(shownLink(), FakeService::link);
   auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
   ASSERT_NE(field, nullptr) << "the focus is where the link appears";
-  struct Row {
-    const char* name;
-    int selectedCount;
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    const char* copied;
-  };
-  for (const Row& row : {Row{"Return", 0, Qt::Key_Return, {}, FakeService::link},
-                         Row{"Ctrl-C", 0, Qt::Key_C, Qt::ControlModifier, FakeService::link},
-                         Row{"of a part", 8, Qt::Key_C, Qt::ControlModifier, "https://"}}) {
-    SCOPED_TRACE(row.name);
+  const std::tuple<int, Qt::Key, Qt::KeyboardModifiers, const char*> rows[] = {
+      {0, Qt::Key_Return, {}, FakeService::link},
+      {0, Qt::Key_C, Qt::ControlModifier, FakeService::link},
+      {8, Qt::Key_C, Qt::ControlModifier, "https://"}};
+  for (const auto& [selectedCount, key, modifiers, copied] : rows) {
     QApplication::clipboard()->clear();
-    field->setSelection(0, row.selectedCount);
-    press(row.key, row.modifiers);
-    EXPECT_EQ(QApplication::clipboard()->text(), row.copied);
+    field->setSelection(0, selectedCount);
+    press(key, modifiers);
+    EXPECT_EQ(QApplication::clipboard()->text(), copied) << selectedCount << " " << key;
   }
   EXPECT_NE(button("run.copied"), nullptr) << "the button says so";
   EXPECT_TRUE(waitUntil([&] { return button("run.copy") != nullptr; })) << "but not for ever";
@@ -44,28 +34,24 @@ TEST_F(MainWindowTest, TheLinkIsThereWhileBytesMoveAndOneKeyCopiesIt) {
 }
 
 TEST_F(MainWindowTest, TheBarMovesAndScreenReadersHearTheLinkEachTenthAndTheEnd) {
-  const std::array gates = {std::make_shared<Gate>(), std::make_shared<Gate>()};
-  service_.setHook(Call::uploadUrl, [=](const Request& request, Reply ordinary) {
-    ordinary.sendAfter = gates.at(request.target().contains("item-2") ? 0 : 1);
-    return ordinary;
-  });
-  open({first_, second_});
-  share("run.uploading");
+  // The second file is uploaded first.
+  const auto first = service_.hold(Call::uploadUrl);
+  openAndShare({first_, second_}, "run.uploading");
   EXPECT_EQ(heard(), localized("run.link-ready"));
-  gates[0]->open();
+  const auto second = service_.hold(Call::uploadUrl, std::nullopt, 1);
+  first->open();
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.percent").arg(50); }));
   const auto& bar = *window_->findChild<QProgressBar*>();
   EXPECT_EQ(bar.value() * 2, bar.maximum());
   EXPECT_EQ(cell(0, FileListModel::state), localized("files.uploading").arg(0));
   EXPECT_EQ(cell(1, FileListModel::state), localized("files.uploaded"));
-  gates[1]->open();
+  second->open();
   EXPECT_TRUE(waitUntil([&] { return heard() == localized("run.done"); }));
 }
 
 TEST_F(MainWindowTest, TheLinkStaysUsableWhileTheNextTryIsAwaited) {
   refuse(Call::finalize, "busy", 503);
-  open({first_, second_});
-  share("run.uploading");
+  openAndShare({first_, second_}, "run.uploading");
   ASSERT_TRUE(waitUntil([] { return button("run.retry") != nullptr; }));
   EXPECT_TRUE(showsText("busy"));
   EXPECT_EQ(heard(), localized("run.waiting").arg(1).arg(1).arg(5));
@@ -81,32 +67,26 @@ TEST_F(MainWindowTest, TheLinkStaysUsableWhileTheNextTryIsAwaited) {
 }
 
 TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
-  struct Stage {
-    Call stalled;
-    const char* text;
-    const char* question;
-    const char* cancel;
-  };
-  for (const Stage& stage :
-       {Stage{Call::createSession, "run.creating", "close.early.title", "close.early.cancel"},
-        Stage{Call::store, "run.uploading", "close.title", "close.cancel"}}) {
+  const std::tuple<Call, const char*, const char*, const char*> stages[] = {
+      {Call::createSession, "run.creating", "close.early.title", "close.early.cancel"},
+      {Call::store, "run.uploading", "close.title", "close.cancel"}};
+  for (const auto& [stalled, text, question, cancel] : stages) {
     for (const bool closes : {false, true}) {
-      SCOPED_TRACE(std::string(stage.text) + (closes ? ", closing" : ", cancelling"));
+      SCOPED_TRACE(std::string(text) + (closes ? ", closing" : ", cancelling"));
       const auto before = count("delete session-1");
-      const auto gate = stall(stage.stalled);
-      open({first_, second_});
-      share(stage.text);
+      const auto gate = service_.hold(stalled);
+      openAndShare({first_, second_}, text);
       for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
         EXPECT_FALSE(window_->close());
         ASSERT_TRUE(waitUntil([] { return message()->isActiveWindow(); }));
-        EXPECT_EQ(message()->text(), localized(stage.question));
+        EXPECT_EQ(message()->text(), localized(question));
         press(key);
         EXPECT_EQ(message(), nullptr);
-        EXPECT_TRUE(showsText(stage.text)) << "the safe answer";
+        EXPECT_TRUE(showsText(text)) << "the safe answer";
       }
       if (closes) window_->close();
-      closes ? click(stage.cancel) : click("run.cancel");
-      if (stage.stalled == Call::createSession) {
+      closes ? click(cancel) : click("run.cancel");
+      if (stalled == Call::createSession) {
         EXPECT_TRUE(showsText("run.cancelling"));
         gate->open();
       }
@@ -116,37 +96,31 @@ TEST_F(MainWindowTest, CancellingDeletesTheSessionAndClosingAsksFirst) {
       EXPECT_EQ(titleField().text(), "Holiday");
       EXPECT_EQ(message(), nullptr) << "it was asked for";
       gate->open();
-      service_.setHook(stage.stalled, {});
+      service_.setHook(stalled, {});
     }
   }
 }
 
 TEST_F(MainWindowTest, AFailureIsToldOnThePageOfTheFormWithTheStateOfTheLink) {
   enum class LinkState { none, deleted, left };
-  struct Row {
-    const char* name;
-    Call refused;
-    LinkState linkState;
-  };
-  for (const Row& row : {Row{"before there was a link", Call::createSession, LinkState::none},
-                         Row{"the link is deleted", Call::finalize, LinkState::deleted},
-                         Row{"the link may be left", Call::finalize, LinkState::left}}) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [refused, linkState] : {std::pair(Call::createSession, LinkState::none),
+                                           std::pair(Call::finalize, LinkState::deleted),
+                                           std::pair(Call::finalize, LinkState::left)}) {
+    SCOPED_TRACE(static_cast<int>(linkState));
     const auto created = count("create");
-    refuse(row.refused, "<b>No space</b> left");
-    if (row.linkState == LinkState::left) refuse(Call::deleteSession, "no");
+    refuse(refused, "<b>No space</b> left");
+    if (linkState == LinkState::left) refuse(Call::deleteSession, "no");
     useHistory(std::nullopt);
-    open({first_});
-    share("failure.title");
+    openAndShare({first_}, "failure.title");
     EXPECT_TRUE(heard().startsWith(localized("failure.title")));
     EXPECT_TRUE(showsText("<b>No space</b> left")) << "a server's text is no markup";
     const QString leftover = localized("leftover.message").arg(FakeService::link);
-    EXPECT_EQ(showsText("failure.link-deleted"), row.linkState == LinkState::deleted);
-    EXPECT_EQ(showsText(leftover), row.linkState == LinkState::left);
+    EXPECT_EQ(showsText("failure.link-deleted"), linkState == LinkState::deleted);
+    EXPECT_EQ(showsText(leftover), linkState == LinkState::left);
     EXPECT_EQ(message(), nullptr);
     EXPECT_EQ(titleField().text(), "Holiday");
 
-    for (const Call call : {row.refused, Call::deleteSession}) service_.setHook(call, {});
+    for (const Call call : {refused, Call::deleteSession}) service_.setHook(call, {});
     press(Qt::Key_Return);
     waitUntilShown("run.done");
     EXPECT_EQ(count("create") - created, 2);
@@ -186,7 +160,7 @@ TEST_F(MainWindowTest, APageTakesNothingAtFirstAndWhatEndsOrDeletesIsWhereNoButt
     }
     return region;
   };
-  const auto gate = stall(Call::store);
+  const auto gate = service_.hold(Call::store);
   open({first_});
   const QRegion onForm = places(window_->findChildren<QAbstractButton*>());
   QPushButton& shareButton = *buttonWithText("Share");
@@ -209,38 +183,31 @@ TEST_F(MainWindowTest, APageTakesNothingAtFirstAndWhatEndsOrDeletesIsWhereNoButt
 }
 
 TEST_F(MainWindowTest, ALinkIsNotLostUnseen) {
-  struct Row {
-    const char* name;
-    bool isRemembered;
-    bool isCopiedBefore;
-    const char* answer;
-    bool closes;
-  };
-  for (const Row& row : {Row{"copied before", false, true, nullptr, true},
-                         Row{"copied now", false, false, "run.copy", true},
-                         Row{"given up", false, false, "uncopied.drop", true},
-                         Row{"kept", false, false, "uncopied.back", false},
-                         Row{"to be found again", true, false, nullptr, true}}) {
-    SCOPED_TRACE(row.name);
-    useHistory(row.isRemembered ? std::optional(folder_ / "history") : std::nullopt);
+  const std::tuple<const char*, bool, bool, const char*> rows[] = {
+      {"copied before", false, true, nullptr},
+      {"copied now", false, false, "run.copy"},
+      {"given up", false, false, "uncopied.drop"},
+      {"kept", false, false, "uncopied.back"},
+      {"to be found again", true, false, nullptr}};
+  for (const auto& [name, isRemembered, isCopiedBefore, answer] : rows) {
+    SCOPED_TRACE(name);
+    useHistory(isRemembered ? std::optional(folder_ / "history") : std::nullopt);
     QApplication::clipboard()->clear();
-    open({first_});
-    share("run.done");
-    EXPECT_TRUE(showsText(row.isRemembered ? "run.remembered" : "run.not-remembered"));
-    if (row.isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
+    openAndShare({first_}, "run.done");
+    EXPECT_TRUE(showsText(isRemembered ? "run.remembered" : "run.not-remembered"));
+    if (isCopiedBefore) press(Qt::Key_C, Qt::ControlModifier);
     click("run.close");
-    EXPECT_EQ(message() != nullptr, row.answer != nullptr);
-    if (row.answer != nullptr) click(row.answer, message());
-    EXPECT_EQ(!window_->isVisible(), row.closes);
-    const bool isCopied = row.isCopiedBefore || QString("run.copy") == row.answer;
+    EXPECT_EQ(message() != nullptr, answer != nullptr);
+    if (answer != nullptr) click(answer, message());
+    EXPECT_EQ(window_->isVisible(), QString("uncopied.back") == answer);
+    const bool isCopied = isCopiedBefore || QString("run.copy") == answer;
     EXPECT_EQ(QApplication::clipboard()->text() == FakeService::link, isCopied);
   }
 }
 
 TEST_F(MainWindowTest, WhatIsSharedCanBeDeletedAfterAQuestion) {
   refuse(Call::deleteSession, "no");
-  open({first_});
-  share("run.done");
+  openAndShare({first_}, "run.done");
   for (const char* const outcome : {"run.not-deleted", "deleted.title"}) {
     click("run.delete");
     ASSERT_NE(message(), nullptr);
@@ -256,11 +223,10 @@ TEST_F(MainWindowTest, WhatIsSharedCanBeDeletedAfterAQuestion) {
 TEST_F(MainWindowTest, TerminationIsBoundedAndTellsWhatIsLeft) {
   for (const bool isStalled : {true, false}) {
     SCOPED_TRACE(isStalled ? "nothing answers, and a question is open" : "done, never copied");
-    const auto store = stall(Call::store);
-    const auto deletion = stall(Call::deleteSession);
+    const auto store = service_.hold(Call::store);
+    const auto deletion = service_.hold(Call::deleteSession);
     if (!isStalled) store->open();
-    open({first_});
-    share(isStalled ? "run.uploading" : "run.done");
+    openAndShare({first_}, isStalled ? "run.uploading" : "run.done");
     window_->close();
     window_->terminate();
     ASSERT_TRUE(waitUntil([&] { return !window_->isVisible(); }));
@@ -270,8 +236,7 @@ TEST_F(MainWindowTest, TerminationIsBoundedAndTellsWhatIsLeft) {
 }
 
 TEST_F(MainWindowTest, EverythingHasANameAndIsReachedByKeyboard) {
-  open({first_});
-  share("run.done");
+  openAndShare({first_}, "run.done");
   click("run.qr-code");
   for (const int expectedGraphics : {1, 0}) {
     QSet<QWidget*> missing;

@@ -1,4 +1,3 @@
-#include <QAbstractItemView>
 
 #include <QuillbayPlatform/JSONDecoder.h>
 
@@ -34,15 +33,9 @@ TEST_F(SharesTest, WhatIsUnfinishedIsContinuedUnderTheSameLinkAndDeletedAfterAQu
     SCOPED_TRACE(isStopped ? "stopped when the window was closed" : "failed");
     const auto before = std::array{count("create"), count("finalize item-2")};
     const auto deleted = count("delete session-1");
-    const auto gate = std::make_shared<Gate>();
-    service_.setHook(Call::finalize, [=](const Request& request, Reply ordinary) {
-      if (!request.target().contains("item-1")) return ordinary;
-      if (!isStopped) return Reply::json(R"({"message":"no","status":413})", 413);
-      ordinary.sendAfter = gate;
-      return ordinary;
-    });
-    open({first_, second_});
-    share(isStopped ? "run.uploading" : "unfinished.title");
+    const auto gate = service_.hold(Call::finalize, FakeService::refusal(413, "no"), 1);
+    if (!isStopped) gate->open();
+    openAndShare({first_, second_}, isStopped ? "run.uploading" : "unfinished.title");
     if (isStopped) {
       const QString sent = localized("files.uploading").arg(100);
       ASSERT_TRUE(waitUntil([&] { return cell(0, FileListModel::state) == sent; }));

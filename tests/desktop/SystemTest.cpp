@@ -1,15 +1,11 @@
 #include <csignal>
 
-#include <QApplication>
 #include <QClipboard>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QProcess>
-#include <QTest>
 #include <QTranslator>
-
-#include <QuillbayPlatform/StringTable.h>
 
 #include "DesktopTest.h"
 #include "hosts/desktop/Language.h"
@@ -22,20 +18,17 @@ namespace {
 using SystemTest = DesktopTest;
 
 TEST_F(SystemTest, TheProgramReadsItsArguments) {
-  struct Row {
-    const char* argument;
-    int status;
-    const char* text;
-  };
-  for (const Row& row : {Row{"--version", 0, "quillbay-desktop 1."}, Row{"--help", 0, "--cacert"},
-                         Row{"--frobnicate", 2, "--frobnicate"}}) {
-    SCOPED_TRACE(row.argument);
+  const std::tuple<const char*, int, const char*> rows[] = {{"--version", 0, "quillbay-desktop 1."},
+                                                            {"--help", 0, "--cacert"},
+                                                            {"--frobnicate", 2, "--frobnicate"}};
+  for (const auto& [argument, status, text] : rows) {
+    SCOPED_TRACE(argument);
     QProcess program;
     program.setProcessChannelMode(QProcess::MergedChannels);
-    program.start(QUILLBAY_DESKTOP_PROGRAM, {row.argument});
+    program.start(QUILLBAY_DESKTOP_PROGRAM, {argument});
     ASSERT_TRUE(program.waitForFinished(10'000));
-    EXPECT_EQ(program.exitCode(), row.status);
-    EXPECT_TRUE(program.readAll().contains(row.text));
+    EXPECT_EQ(program.exitCode(), status);
+    EXPECT_TRUE(program.readAll().contains(text));
   }
 }
 
@@ -56,22 +49,21 @@ TEST_F(SystemTest, ASignalEndsTheProgramInOrder) {
 }
 
 TEST_F(SystemTest, EverythingIsInOneLanguage) {
-  struct Row {
-    std::vector<std::string> preferred;
-    const char* close;   // ours
-    const char* cancel;  // Qt's
-  };
+  // The first text is ours, the second one Qt's.
+  const std::tuple<std::vector<std::string>, QString, QString, QString> rows[] = {
+      {{"fr_FR"}, "Close", "Cancel", "."},
+      {{"ar"}, "Close", "Cancel", "."},
+      {{"fr", "de_AT", "en"}, "Schließen", "Abbrechen", ","}};
   const QLocale before;
-  for (const Row& row : {Row{{"fr_FR"}, "Close", "Cancel"}, Row{{"ar"}, "Close", "Cancel"},
-                         Row{{"fr", "de_AT", "en"}, "Schließen", "Abbrechen"}}) {
-    SCOPED_TRACE(row.preferred.front());
-    platform::setPreferredLanguages(row.preferred);
+  for (const auto& [preferred, close, cancel, decimalPoint] : rows) {
+    SCOPED_TRACE(preferred.front());
+    platform::setPreferredLanguages(preferred);
     QTranslator translator;
     applyLanguage(translator);
-    EXPECT_EQ(localized("run.close").remove('&').toStdString(), row.close);
-    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel").toStdString(), row.cancel);
+    EXPECT_EQ(localized("run.close").remove('&'), close);
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), cancel);
     EXPECT_EQ(QGuiApplication::layoutDirection(), Qt::LeftToRight);
-    EXPECT_EQ(QLocale().decimalPoint(), row.cancel == QString("Cancel") ? "." : ",");
+    EXPECT_EQ(QLocale().decimalPoint(), decimalPoint);
   }
   QLocale::setDefault(before);
 }
@@ -115,13 +107,8 @@ TEST_F(SystemTest, TheDesktopShowsTheProgressAndANotificationThatCopiesTheLink) 
   if (!QDBusConnection::sessionBus().isConnected()) GTEST_SKIP() << "run under dbus-run-session";
   Desktop desktop;
   QGuiApplication::setDesktopFileName("desktop-file");
-  const auto gate = std::make_shared<Gate>();
-  service_.setHook(Call::uploadUrl, [=](const Request& request, Reply ordinary) {
-    if (request.target().contains("item-1")) ordinary.sendAfter = gate;
-    return ordinary;
-  });
-  open({first_, second_});
-  share("run.uploading");
+  const auto gate = service_.hold(Call::uploadUrl, std::nullopt, 1);
+  openAndShare({first_, second_}, "run.uploading");
   const QString entry = "application://desktop-file.desktop";
   EXPECT_TRUE(waitUntil([&] {
     const auto [name, update] = desktop.latestUpdate_;

@@ -1,15 +1,7 @@
 #include "hosts/common/FolderArchive.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "TemporaryFolder.h"
 #include "Waiting.h"
@@ -36,6 +28,9 @@ class FolderArchiveTest : public testing::Test {
   }
   void pack(const std::vector<std::string>& folders) {
     start(folders);
+    finish();
+  }
+  void finish() {
     ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
   }
   /// Once the packing is in the middle of a large file.
@@ -43,10 +38,6 @@ class FolderArchiveTest : public testing::Test {
     folder_.writeSparse("docs/large", kLargeByteCount);
     start({folder_ / "docs"});
     ASSERT_TRUE(waitUntil([this] { return packing_->progress().packedByteCount > 0; }));
-  }
-  static bool unzips(const std::string& archive, const std::string& options) {
-    return std::system(("LC_ALL=C.UTF-8 unzip " + options + " '" + archive + "' >/dev/null 2>&1")
-                           .c_str()) == 0;
   }
 
   const TemporaryFolder folder_;
@@ -81,40 +72,34 @@ TEST_F(FolderArchiveTest, HoldsWhatTheFolderHolds) {
   // Its head of 30 bytes stands before the name; bit 11 of the flags at offset 6 means UTF-8.
   const std::string bytes = readFile(archives[0].path);
   EXPECT_TRUE(bytes.at(bytes.find("docs/sub/Gr") - 30 + 7) & 0x08);
-  ASSERT_TRUE(unzips(archives[0].path, "-d '" + (folder_ / "out").string() + "'"));
-  std::map<std::string, std::string> contents;
-  for (const auto& entry : fs::recursive_directory_iterator(folder_ / "out")) {
-    contents[entry.path().lexically_relative(folder_ / "out")] =
-        entry.is_directory() ? "folder" : readFile(entry);
-  }
-  EXPECT_EQ(contents, (std::map<std::string, std::string>{{"docs", "folder"},
-                                                          {"docs/none", ""},
-                                                          {"docs/pattern", pattern},
-                                                          {"docs/sub", "folder"},
-                                                          {"docs/sub/Größe 🎈.sh", "#!/bin/sh"},
-                                                          {"docs/sub/empty", "folder"}}));
+  const std::map<std::string, std::string> contents{{"docs", "folder"},
+                                                    {"docs/none", ""},
+                                                    {"docs/pattern", pattern},
+                                                    {"docs/sub", "folder"},
+                                                    {"docs/sub/Größe 🎈.sh", "#!/bin/sh"},
+                                                    {"docs/sub/empty", "folder"}};
+  EXPECT_EQ(folder_.unzip(archives[0].path), contents);
   for (const char* name : {"docs/sub", "docs/sub/Größe 🎈.sh"}) {
     // The format counts whole seconds.
-    EXPECT_LT(std::chrono::abs(longAgo - fs::last_write_time(folder_ / "out" / name)),
+    EXPECT_LT(std::chrono::abs(longAgo - fs::last_write_time(folder_ / "unzipped" / name)),
               std::chrono::seconds(1));
   }
-  EXPECT_EQ(fs::status(folder_ / "out/docs/sub/Größe 🎈.sh").permissions(), fs::perms::owner_all);
+  EXPECT_EQ(fs::status(folder_ / "unzipped/docs/sub/Größe 🎈.sh").permissions(),
+            fs::perms::owner_all);
 }
 
 TEST_F(FolderArchiveTest, WhatCannotBePackedIsNamed) {
   folder_.write("file", "");
   fs::create_directory(folder_ / "bad");
   folder_.write("bad/name\xff", "");
-  const struct {
-    const char* folder;
-    const char* reason;
-  } rows[] = {{"missing", "missing': No such file"},
-              {"file", "file': Not a directory"},
-              {"bad", "bad/name\\xff': the name is not UTF-8"}};
-  for (const auto& row : rows) {
-    pack({folder_ / row.folder});
-    ASSERT_FALSE(*result_) << row.folder;
-    EXPECT_THAT(result_->error(), HasSubstr(row.reason));
+  const std::pair<const char*, const char*> rows[] = {
+      {"missing", "missing': No such file"},
+      {"file", "file': Not a directory"},
+      {"bad", "bad/name\\xff': the name is not UTF-8"}};
+  for (const auto& [folder, reason] : rows) {
+    pack({folder_ / folder});
+    ASSERT_FALSE(*result_) << folder;
+    EXPECT_THAT(result_->error(), HasSubstr(reason));
     fs::remove_all(archives_ / "0");
   }
 }
@@ -124,7 +109,7 @@ TEST_F(FolderArchiveTest, AFileThatChangesMeanwhileEndsThePacking) {
   startLarge();
   EXPECT_EQ(packing_->progress().totalByteCount, kLargeByteCount + 7);
   folder_.write("docs/z", "changed content");
-  ASSERT_TRUE(waitUntil([this] { return result_.has_value(); }));
+  finish();
   ASSERT_FALSE(*result_);
   EXPECT_THAT(result_->error(), HasSubstr("docs/z' changed while it was being packed"));
 }
@@ -134,7 +119,7 @@ TEST_F(FolderArchiveTest, DestroyingItStopsIt) {
   packing_.reset();
   drainMainQueue();
   EXPECT_FALSE(result_);
-  EXPECT_FALSE(unzips(archives_ / "0/docs.zip", "-t")) << "it was packed to the end";
+  EXPECT_TRUE(folder_.unzip(archives_ / "0/docs.zip").empty()) << "it was packed to the end";
 }
 
 TEST(PrivateFolder, IsForThisUserAloneAndGoesAway) {
@@ -145,7 +130,7 @@ TEST(PrivateFolder, IsForThisUserAloneAndGoesAway) {
     host::PrivateFolder folder;
     EXPECT_TRUE(fs::is_empty(place.path()));
     path = folder.path();
-    EXPECT_EQ(path, folder.path());
+    EXPECT_EQ(folder.path(), path);
     EXPECT_EQ(path.parent_path(), place.path());
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
     fs::create_directories(path / "a/b");

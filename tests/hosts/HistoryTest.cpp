@@ -3,24 +3,23 @@
 #include <QuillbayPlatform/JSONDecoder.h>
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
 
 #include "TemporaryFolder.h"
 
 namespace quillbay::test {
 namespace {
 
+namespace fs = std::filesystem;
 using host::History;
 using host::RememberedFile;
 using host::RememberedShare;
 using State = RememberedShare::State;
 using testing::ElementsAre;
+using testing::FieldsAre;
 using testing::HasSubstr;
 
 cloud::Session session(const std::string& identifier, const std::string& expiration = "null") {
@@ -31,12 +30,6 @@ cloud::Session session(const std::string& identifier, const std::string& expirat
 }
 
 platform::Date instant(double seconds) { return platform::dateFromSecondsSince1970(seconds); }
-
-unsigned permissions(const std::filesystem::path& path) {
-  struct stat status{};
-  EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-  return status.st_mode & 07777;
-}
 
 class HistoryTest : public testing::Test {
  protected:
@@ -52,7 +45,7 @@ class HistoryTest : public testing::Test {
   }
 
   const TemporaryFolder folder_;
-  const std::filesystem::path file_ = folder_ / "state/quillbay/history.sqlite";
+  const fs::path file_ = folder_ / "state/quillbay/history.sqlite";
   const std::vector<RememberedFile> files_ = {{"/a/b\xFF", 5, false}, {"/c", 7, false}};
 };
 
@@ -68,15 +61,9 @@ TEST_F(HistoryTest, RemembersAShareAndWhatBecomesOfIt) {
   History history(file_);
   const auto share = history.find("https://q/s1");
   ASSERT_TRUE(share) << history.problem().value_or("");
-  EXPECT_EQ(share->identifier, identifier);
-  EXPECT_EQ(share->created, instant(12.5));
-  EXPECT_EQ(share->instanceIdentifier, "host-1");
-  EXPECT_EQ(share->session, session("s1", "1767225600"));
-  EXPECT_EQ(share->linkType, cloud::SessionLinkType::directLink);
-  EXPECT_EQ(share->state, State::unfinished);
-  EXPECT_EQ(share->fileCount, 2U);
-  EXPECT_EQ(share->arrivedFileCount, 1U);
-  EXPECT_EQ(share->byteCount, 12U);
+  EXPECT_THAT(*share,
+              FieldsAre(identifier, instant(12.5), "host-1", session("s1", "1767225600"),
+                        cloud::SessionLinkType::directLink, State::unfinished, 2U, 1U, 12U));
   EXPECT_THAT(history.files(identifier), ElementsAre(files_[0], RememberedFile{"/c", 7, true}));
 }
 
@@ -109,24 +96,23 @@ TEST_F(HistoryTest, OneProcessAtATimeUploadsAShare) {
 }
 
 TEST_F(HistoryTest, IsForTheUserAloneWhateverWasThereBefore) {
-  std::filesystem::create_directories(file_.parent_path());
-  std::ofstream(file_).close();
-  ::chmod(file_.c_str(), 0666);
-  ::chmod(file_.parent_path().c_str(), 0777);
+  fs::create_directories(file_.parent_path());
+  folder_.write(file_, "");
+  for (const auto& path : {file_, file_.parent_path()}) fs::permissions(path, fs::perms(0777));
   History history(file_);
   add(history, "s1");
-  EXPECT_EQ(permissions(file_.parent_path()), 0700U);
-  for (const auto& entry : std::filesystem::directory_iterator(file_.parent_path())) {
-    EXPECT_EQ(permissions(entry), 0600U) << entry;
+  EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms(0700));
+  for (const auto& entry : fs::directory_iterator(file_.parent_path())) {
+    EXPECT_EQ(entry.status().permissions(), fs::perms(0600)) << entry;
   }
 }
 
 TEST_F(HistoryTest, OneThatCannotBeUsedSaysWhyAndDoesNothing) {
-  std::filesystem::create_directories(folder_ / "corrupt");
-  const std::filesystem::path corrupt = folder_.write("corrupt/history.sqlite", "no database");
-  const std::filesystem::path link = folder_ / "link.sqlite";
-  std::filesystem::create_symlink(corrupt, link);
-  const std::pair<std::optional<std::filesystem::path>, const char*> rows[] = {
+  fs::create_directories(folder_ / "corrupt");
+  const fs::path corrupt = folder_.write("corrupt/history.sqlite", "no database");
+  const fs::path link = folder_ / "link.sqlite";
+  fs::create_symlink(corrupt, link);
+  const std::pair<std::optional<fs::path>, const char*> rows[] = {
       {std::nullopt, "XDG_STATE_HOME"},
       {corrupt, "not a database"},
       {"/proc/quillbay/history.sqlite", "/proc/quillbay"},
@@ -142,16 +128,14 @@ TEST_F(HistoryTest, OneThatCannotBeUsedSaysWhyAndDoesNothing) {
 }
 
 TEST_F(HistoryTest, LeavesADatabaseOfANewerVersionAlone) {
-  {
-    History history(file_);
-  }
+  History{file_};
   SQLite::Database(file_, SQLite::OPEN_READWRITE).exec("PRAGMA user_version = 99");
   History history(file_);
   EXPECT_THAT(history.problem().value_or(""), HasSubstr("newer version"));
 }
 
 /// Adds shares until it is killed.
-void addForEver(const std::filesystem::path& file, const std::vector<RememberedFile>& files) {
+void addForEver(const fs::path& file, const std::vector<RememberedFile>& files) {
   History history(file);
   for (int number = 0; !history.problem(); ++number) {
     const auto identifier = history.add("host-1", session("s" + std::to_string(number)),

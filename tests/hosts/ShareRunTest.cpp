@@ -2,9 +2,6 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
 
 #include "FakeService.h"
 #include "TemporaryFolder.h"
@@ -29,32 +26,38 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 const Reply kNoReply = Reply::none();
-const Reply kGone = Reply::json(R"({"message":"Gone","status":410})", 410);
-const Reply kDenied{.status = 403,
-                    .body = "<Error><Code>AccessDenied</Code><Message>No</Message></Error>"};
-const Reply kBusy = Reply::json(R"({"message":"Busy","status":503})", 503);
+const Reply kGone = FakeService::refusal(410, "Gone");
+const Reply kDenied = FakeService::storeRefusal();
+const Reply kBusy = FakeService::refusal(503, "Busy");
 
 /// Presents a run as lines of text.
 class TextPresenter final : public ShareRun::Presenter {
  public:
+  explicit TextPresenter(const std::unique_ptr<ShareRun>& run) : run_(run) {}
+
   void sessionCreated(const cloud::Session& session, bool isDoomed) override {
-    lines.push_back((isDoomed ? "doomed " : "session ") + session.identifier());
-    if (onSession) onSession();
+    add((isDoomed ? "doomed " : "session ") + session.identifier());
   }
-  void failed(const ShareRun::Failure& /*failure*/) override { lines.emplace_back("failed"); }
+  void failed(const ShareRun::Failure& /*failure*/) override { add("failed"); }
   void phaseChanged() override {
-    if (run == nullptr) return;
-    if (run->phase() == Phase::waiting) {
-      lines.push_back("wait " + std::to_string(run->untilNextTry().count()));
-    }
-    if (run->phase() == Phase::cancelling) lines.emplace_back("cancelling");
-    if (run->phase() == Phase::deleting) lines.emplace_back("deleting");
-    if (run->phase() == Phase::over) lines.emplace_back("over");
+    if (!run_) return;
+    const Phase phase = run_->phase();
+    if (phase == Phase::waiting) add("wait " + std::to_string(run_->untilNextTry().count()));
+    if (phase == Phase::cancelling) add("cancelling");
+    if (phase == Phase::deleting) add("deleting");
+    if (phase == Phase::over) add("over");
   }
 
-  const ShareRun* run = nullptr;
-  std::function<void()> onSession;
   Lines lines;
+  std::function<void(const std::string& line)> onLine = [](const std::string&) {};
+
+ private:
+  void add(const std::string& line) {
+    lines.push_back(line);
+    onLine(line);
+  }
+
+  const std::unique_ptr<ShareRun>& run_;
 };
 
 class ShareRunTest : public testing::Test {
@@ -64,42 +67,46 @@ class ShareRunTest : public testing::Test {
     settings_.clock = [this] { return now_; };
   }
 
-  void make(int fileCount = 2) {
-    std::vector<std::string> paths;
-    for (int number = 1; number <= fileCount; ++number) {
-      const std::string name = "file-" + std::to_string(number);
-      paths.push_back(folder_.write(name, "content of " + name));
-    }
+  void make() {
     presenter_.lines.clear();
-    run_ =
-        std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                   host::SharedFiles(paths), settings_, history_.get(), presenter_);
-    presenter_.run = run_.get();
+    run_ = std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
+                                      host::SharedFiles({first_, second_}), settings_,
+                                      history_.get(), presenter_);
   }
-
-  /// Every reply to `call` from now on.
-  void answer(Call call, const Reply& reply) {
-    service_.setHook(call, [reply](const Request&, const Reply&) { return reply; });
+  /// Makes a run that continues `share`, of which files may have arrived.
+  void make(const RememberedShare& share, const std::vector<std::size_t>& arrived) {
+    make();
+    run_->continueFrom({share.session, arrived, share.identifier});
   }
-  [[nodiscard]] bool waitFor(Phase phase) {
-    return waitUntil([&] { return run_->phase() == phase; });
+  void start() {
+    make();
+    run_->start();
   }
-  [[nodiscard]] bool waitForCall(Call call) {
-    return waitUntil([&] { return !service_.requests(call).empty(); });
-  }
-  /// Lets every wait pass until the run is over. The network recovers before the try `attempt`.
-  [[nodiscard]] bool waitForEnd(int attempt = 100) {
-    return waitUntil([this, attempt] {
+  /// Lets every wait pass until the run is over, and tells `beforeTry` the number of the try.
+  void finish(const std::function<void(int)>& beforeTry = [](int) {}) {
+    ASSERT_TRUE(waitUntil([&] {
       if (run_->phase() != Phase::waiting) return run_->phase() == Phase::over;
-      if (run_->attempt() == attempt) recover();
+      beforeTry(run_->attempt());
       pass(run_->untilNextTry());
       return false;
-    });
+    }));
   }
-  void recover() {
-    for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
-      service_.setHook(call, nullptr);
-    }
+  void startAndFinish() {
+    start();
+    finish();
+  }
+  RememberedShare leaveUnfinished() {
+    settings_.keepsUnfinishedSession = true;
+    service_.answer(Call::store, kDenied);
+    startAndFinish();
+    return *history_->newest();
+  }
+  void waitFor(Phase phase) {
+    ASSERT_TRUE(waitUntil([&] { return run_->phase() == phase; }));
+  }
+  /// Until there was one more than `earlierCount`.
+  void waitForCall(Call call, std::size_t earlierCount = 0) {
+    ASSERT_TRUE(waitUntil([&] { return service_.requests(call).size() > earlierCount; }));
   }
   void pass(std::chrono::milliseconds time) {
     now_ += time;
@@ -108,19 +115,18 @@ class ShareRunTest : public testing::Test {
   State remembered() { return history_->newest()->state; }
 
   const TemporaryFolder folder_;
+  const std::string first_ = folder_.write("file-1", "content of file-1");
+  const std::string second_ = folder_.write("file-2", "content of file-2");
   FakeService service_;
   ShareRun::Clock::time_point now_ = ShareRun::Clock::now();
   ShareRun::Settings settings_;
-  std::atomic<bool> isRecovered_ = false;
-  TextPresenter presenter_;
   std::unique_ptr<History> history_ = std::make_unique<History>(folder_ / "s/history.sqlite");
   std::unique_ptr<ShareRun> run_;
+  TextPresenter presenter_{run_};
 };
 
 TEST_F(ShareRunTest, SharesAndRemembers) {
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  startAndFinish();
   EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "over"));
   EXPECT_EQ(run_->result(), Result::shared);
   EXPECT_EQ(run_->sessionFate(), Fate::complete);
@@ -133,10 +139,11 @@ TEST_F(ShareRunTest, ContinuesUnderTheSameLinkWhenTheNetworkFailsAtAnyStep) {
   for (const Call call : {Call::uploadUrl, Call::store, Call::finalize}) {
     for (const Reply& reply : {kNoReply, kBusy}) {
       SCOPED_TRACE(static_cast<int>(call));
-      answer(call, reply);
-      make();
-      run_->start();
-      ASSERT_TRUE(waitForEnd(2));
+      service_.answer(call, reply);
+      start();
+      finish([&](int attempt) {
+        if (attempt == 2) service_.setHook(call, nullptr);
+      });
       EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "wait 1", "wait 2", "over"));
       EXPECT_EQ(run_->result(), Result::shared);
       EXPECT_EQ(service_.storedBytes("item-1"), "content of file-1");
@@ -145,19 +152,10 @@ TEST_F(ShareRunTest, ContinuesUnderTheSameLinkWhenTheNetworkFailsAtAnyStep) {
 }
 
 TEST_F(ShareRunTest, WaitsLongerEachTimeAndCountsAnewOnceAFileHasArrived) {
-  make();
-  // The first file arrives in the third try, the second one never.
-  service_.setHook(Call::store, [this](const Request& request, const Reply& ordinary) {
-    const bool isFirstFile = request.target().contains("item-2");
-    return isFirstFile && isRecovered_ ? ordinary : kNoReply;
-  });
-  run_->start();
-  ASSERT_TRUE(waitUntil([this] {
-    if (run_->phase() != Phase::waiting) return run_->phase() == Phase::over;
-    isRecovered_ = run_->attempt() == 3;
-    pass(run_->untilNextTry());
-    return false;
-  }));
+  service_.answer(Call::store, kNoReply);
+  start();
+  // The second file arrives in the third try, the first one never.
+  finish([&](int attempt) { service_.answer(Call::store, kNoReply, attempt == 3 ? 1 : 0); });
   EXPECT_THAT(presenter_.lines,
               ElementsAre("session session-1", "wait 1", "wait 2", "wait 4", "wait 1", "wait 2",
                           "wait 4", "wait 8", "wait 16", "failed", "deleting", "over"));
@@ -165,27 +163,22 @@ TEST_F(ShareRunTest, WaitsLongerEachTimeAndCountsAnewOnceAFileHasArrived) {
 }
 
 TEST_F(ShareRunTest, TriesAtOnceWhenAskedTo) {
-  answer(Call::store, kNoReply);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitFor(Phase::waiting));
-  recover();
+  service_.answer(Call::store, kNoReply);
+  start();
+  waitFor(Phase::waiting);
+  service_.setHook(Call::store, nullptr);
   EXPECT_EQ(run_->untilNextTry(), 1s);
   EXPECT_EQ(run_->attempt(), 1);
   pass(400ms);
   EXPECT_EQ(run_->untilNextTry(), 1s);
   EXPECT_EQ(run_->phase(), Phase::waiting);
   run_->retryNow();
-  ASSERT_TRUE(waitFor(Phase::over));
+  waitFor(Phase::over);
   EXPECT_EQ(run_->result(), Result::shared);
 }
 
 TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
-  const struct {
-    Call call;
-    Reply reply;
-    Lines lines;
-  } rows[] = {
+  const std::tuple<Call, Reply, Lines> rows[] = {
       {Call::createSession, kGone, {"failed", "over"}},
       // It may have been created: a second one must not be.
       {Call::createSession, kNoReply, {"failed", "over"}},
@@ -194,65 +187,60 @@ TEST_F(ShareRunTest, DoesNotTryAgainWhatIsRefusedForGood) {
       {Call::store, kDenied, {"session session-1", "failed", "deleting", "over"}},
       {Call::finalize, kGone, {"session session-1", "failed", "deleting", "over"}},
   };
-  for (const auto& row : rows) {
-    answer(row.call, row.reply);
-    make();
-    run_->start();
-    ASSERT_TRUE(waitForEnd());
-    EXPECT_EQ(presenter_.lines, row.lines);
+  for (const auto& [call, reply, lines] : rows) {
+    service_.answer(call, reply);
+    startAndFinish();
+    EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::failed);
-    service_.setHook(row.call, nullptr);
+    service_.setHook(call, nullptr);
   }
 }
 
 TEST_F(ShareRunTest, AFailureSaysWhichFileAndWhatBecameOfIt) {
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForCall(Call::store));
-  std::ofstream(folder_ / "file-2", std::ios::app) << "more";
-  ASSERT_TRUE(waitForEnd());
-  EXPECT_EQ(run_->failure()->fileIndex, 1U);
-  EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileGrew);
-  EXPECT_THAT(run_->failure()->advice.whatFailed, HasSubstr("file-2"));
+  const std::pair<host::FailureCause, std::function<void()>> rows[] = {
+      {host::FailureCause::storeDenied, [] {}},
+      {host::FailureCause::fileGrew, [&] { folder_.write("file-2", "content of file-2 and"); }},
+      {host::FailureCause::fileShrank, [&] { folder_.write("file-2", ""); }},
+      {host::FailureCause::fileOverwritten, [&] { folder_.write("file-2", "CONTENT of file-2"); }},
+      {host::FailureCause::fileVanished, [&] { std::filesystem::remove(second_); }},
+  };
+  for (const auto& [cause, act] : rows) {
+    folder_.write("file-2", "content of file-2");
+    std::filesystem::last_write_time(second_, std::filesystem::file_time_type());
+    const std::size_t earlierCount = service_.requests(Call::store).size();
+    const auto gate = service_.hold(Call::store, kDenied);
+    start();
+    waitForCall(Call::store, earlierCount);
+    act();
+    gate->open();
+    finish();
+    EXPECT_EQ(run_->failure()->fileIndex, 1U);
+    EXPECT_EQ(run_->failure()->advice.cause, cause);
+    EXPECT_THAT(run_->failure()->advice.whatFailed, HasSubstr("file-2"));
+  }
 }
 
 TEST_F(ShareRunTest, AFailedShareStaysWhereItCanBeContinued) {
-  settings_.keepsUnfinishedSession = true;
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  EXPECT_EQ(leaveUnfinished().state, State::unfinished);
   EXPECT_THAT(presenter_.lines, ElementsAre("session session-1", "failed", "over"));
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
-  EXPECT_EQ(remembered(), State::unfinished);
 
   history_.reset();
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "no history could continue it";
 
   history_ = std::make_unique<History>(folder_ / "s/history.sqlite");
-  make();
-  presenter_.onSession = [this] {
-    SQLite::Database(folder_ / "s/history.sqlite", SQLite::OPEN_READWRITE).exec("DROP TABLE file");
+  presenter_.onLine = [this](const std::string&) {
+    SQLite::Database history(folder_ / "s/history.sqlite", SQLite::OPEN_READWRITE);
+    history.exec("DROP TABLE IF EXISTS file");
   };
-  service_.setHook(Call::store, [](const Request& request, Reply ordinary) {
-    return request.target().contains("item-1") ? kDenied : std::move(ordinary);
-  });
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  service_.answer(Call::store, kDenied, 1);
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::deleted) << "the history broke meanwhile";
 }
 
 TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
-  const struct {
-    const char* name;
-    Call held;
-    Lines lines;
-    Fate fate;
-  } rows[] = {
+  const std::tuple<const char*, Call, Lines, Fate> rows[] = {
       {"fingerprinting", Call::unknown, {"over"}, Fate::none},
       {"creating",
        Call::createSession,
@@ -261,34 +249,30 @@ TEST_F(ShareRunTest, CancellingEndsItInEveryPhase) {
       {"uploading", Call::store, {"session session-1", "deleting", "over"}, Fate::deleted},
       {"deleting", Call::deleteSession, {"session session-1", "deleting", "over"}, Fate::deleted},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    const std::size_t earlierCount = service_.requests(row.held).size();
-    const auto gate = service_.hold(row.held);
-    make();
-    run_->start();
-    if (row.held == Call::deleteSession) {
+  for (const auto& [phase, held, lines, fate] : rows) {
+    SCOPED_TRACE(phase);
+    const std::size_t earlierCount = service_.requests(held).size();
+    const auto gate = service_.hold(held);
+    start();
+    if (held == Call::deleteSession) {
       ASSERT_TRUE(waitUntil([&] { return run_->session().has_value(); }));
       run_->cancel();
     }
-    if (row.held != Call::unknown) {
-      ASSERT_TRUE(waitUntil([&] { return service_.requests(row.held).size() > earlierCount; }));
-    }
+    if (held != Call::unknown) waitForCall(held, earlierCount);
     run_->cancel();
     gate->open();
-    ASSERT_TRUE(waitFor(Phase::over));
-    EXPECT_EQ(presenter_.lines, row.lines);
+    waitFor(Phase::over);
+    EXPECT_EQ(presenter_.lines, lines);
     EXPECT_EQ(run_->result(), Result::cancelled);
-    EXPECT_EQ(run_->sessionFate(), row.fate);
-    service_.setHook(row.held, nullptr);
+    EXPECT_EQ(run_->sessionFate(), fate);
+    service_.setHook(held, nullptr);
   }
 }
 
 TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
   const auto creation = service_.hold(Call::createSession);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForCall(Call::createSession));
+  start();
+  waitForCall(Call::createSession);
   run_->cancel();
   pass(1400ms);
   EXPECT_EQ(run_->phase(), Phase::cancelling);
@@ -297,10 +281,9 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
   service_.setHook(Call::createSession, nullptr);
 
   const auto deletion = service_.hold(Call::deleteSession);
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitFor(Phase::deleting));
+  service_.answer(Call::store, kDenied);
+  start();
+  waitFor(Phase::deleting);
   pass(9s);
   EXPECT_EQ(run_->phase(), Phase::deleting);
   run_->cancel();
@@ -311,38 +294,29 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
 }
 
 TEST_F(ShareRunTest, AnUnconfirmedDeletionSaysWhy) {
-  answer(Call::deleteSession, kGone);
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  service_.answer(Call::deleteSession, kGone);
+  service_.answer(Call::store, kDenied);
+  startAndFinish();
   EXPECT_EQ(run_->sessionFate(), Fate::perhapsThere);
   EXPECT_EQ(run_->deletionFailure()->advice.cause, host::FailureCause::deletionRefused);
 }
 
 TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
-  settings_.keepsUnfinishedSession = true;
-  answer(Call::store, kDenied);
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
-  const auto share = history_->newest();
+  const RememberedShare share = leaveUnfinished();
   const auto continueIt = [&] {
-    make();
-    run_->continueFrom({share->session, {1}, share->identifier});
+    make(share, {1});
     run_->start();
   };
-
   continueIt();
   run_->cancel();
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
   continueIt();
   EXPECT_EQ(remembered(), State::uploading);
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->sessionFate(), Fate::unfinished);
   service_.setHook(Call::store, nullptr);
   continueIt();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->result(), Result::shared);
   EXPECT_THAT(presenter_.lines, ElementsAre("over"));
   EXPECT_EQ(run_->sentByteCount(), 34U);
@@ -351,73 +325,49 @@ TEST_F(ShareRunTest, AContinuedShareIsNeverDeleted) {
 }
 
 TEST_F(ShareRunTest, AChangedFileIsNamedBeforeAnythingIsUploaded) {
-  answer(Call::store, kDenied);
-  settings_.keepsUnfinishedSession = true;
-  make();
-  run_->start();
-  ASSERT_TRUE(waitForEnd());
+  const RememberedShare share = leaveUnfinished();
   service_.setHook(Call::store, nullptr);
   const std::size_t earlierCount = service_.calls().size();
-  const auto share = history_->newest();
-  make();
+  make(share, {});
   folder_.write("file-1", "another one");
-  run_->continueFrom({share->session, {}, share->identifier});
   run_->start();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_THAT(run_->failure()->advice.whatFailed,
               AllOf(HasSubstr("was not continued"), HasSubstr("file-1")));
   EXPECT_EQ(service_.calls().size(), earlierCount);
 
   // The change was made before the run began.
-  run_ = std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                    host::SharedFiles({folder_ / "file-1", folder_ / "file-2"}),
-                                    settings_, history_.get(), presenter_);
-  presenter_.run = run_.get();
-  run_->continueFrom({share->session, {1}, share->identifier});
+  make(share, {1});
   run_->start();
-  ASSERT_TRUE(waitForEnd());
+  finish();
   EXPECT_EQ(run_->failure()->advice.cause, host::FailureCause::fileChanged);
 }
 
 TEST_F(ShareRunTest, ALinkThatReachesNoReaderIsGivenUp) {
   settings_.keepsUnfinishedSession = true;
+  presenter_.onLine = [this](const std::string& line) {
+    if (line.ends_with("session-1")) run_->giveUp();
+  };
   for (const bool isCreating : {true, false}) {
-    make();
-    presenter_.onSession = [this] { run_->giveUp(); };
     const auto gate = service_.hold(Call::createSession);
-    run_->start();
-    ASSERT_TRUE(waitForCall(Call::createSession));
+    start();
+    waitForCall(Call::createSession);
     if (isCreating) run_->cancel();
     gate->open();
-    ASSERT_TRUE(waitFor(Phase::over));
+    waitFor(Phase::over);
     EXPECT_EQ(run_->result(), isCreating ? Result::cancelled : Result::failed);
     EXPECT_EQ(run_->sessionFate(), Fate::deleted);
   }
 }
 
 TEST_F(ShareRunTest, MayBeReleasedInAnyCall) {
-  for (int call = 0; call < 3; ++call) {
-    class Releaser final : public ShareRun::Presenter {
-     public:
-      void sessionCreated(const cloud::Session&, bool) override { release(0); }
-      void failed(const ShareRun::Failure&) override { release(1); }
-      void phaseChanged() override {
-        if (run && run->phase() == Phase::deleting) release(2);
-      }
-      void release(int place) {
-        if (place == when) run.reset();
-      }
-      int when = 0;
-      std::unique_ptr<ShareRun> run;
-    } releaser;
-    releaser.when = call;
-    answer(Call::store, kDenied);
-    const std::string path = folder_.write("file", "content");
-    releaser.run =
-        std::make_unique<ShareRun>("host-1", cloud::SessionConfiguration::default_(),
-                                   host::SharedFiles({path}), settings_, nullptr, releaser);
-    releaser.run->start();
-    EXPECT_TRUE(waitUntil([&] { return releaser.run == nullptr; }));
+  service_.answer(Call::store, kDenied);
+  for (const std::string call : {"session session-1", "failed", "deleting"}) {
+    presenter_.onLine = [&](const std::string& line) {
+      if (line == call) run_.reset();
+    };
+    start();
+    EXPECT_TRUE(waitUntil([&] { return run_ == nullptr; })) << call;
     drainMainQueue();
   }
 }

@@ -1,8 +1,3 @@
-#include <archive.h>
-#include <archive_entry.h>
-
-#include <clocale>
-
 #include "sandbox/http/ContentDisposition.h"
 #include "tests/sandbox/RunningSandbox.h"
 
@@ -13,38 +8,17 @@ const TestFile photo{"photo.jpg", std::string(700'000, 'p')};
 
 class Link : public RunningSandbox {
  protected:
-  std::string filePath(const json& session, std::size_t item) const {
-    return linkOf(session) + "/files/" + session["items"][item]["id"].get<std::string>();
-  }
-
   httplib::Result tryPassword(const json& session, const std::string& password) {
     return client_->Post(linkOf(session) + "/unlock", "password=" + password,
                          "application/x-www-form-urlencoded");
   }
 };
 
-std::map<std::string, std::string> unzip(const std::string& bytes) {
-  // The reader converts names through the locale.
-  std::setlocale(LC_CTYPE, "C.UTF-8");
-  std::map<std::string, std::string> files;
-  const std::unique_ptr<archive, decltype(&archive_read_free)> reader(archive_read_new(),
-                                                                      archive_read_free);
-  archive_read_support_format_zip(reader.get());
-  archive_read_open_memory(reader.get(), bytes.data(), bytes.size());
-  archive_entry* entry = nullptr;
-  while (archive_read_next_header(reader.get(), &entry) == ARCHIVE_OK) {
-    std::string content(photo.bytes.size(), '\0');
-    const la_ssize_t count = archive_read_data(reader.get(), content.data(), content.size());
-    files[archive_entry_pathname(entry)] = content.substr(0, static_cast<std::size_t>(count));
-  }
-  return files;
-}
-
 TEST_F(Link, ShowsWhatHasArrivedAndWhatIsOnItsWay) {
   const json session = createSession({letter, photo});
   upload(session, 0, letter, "inline");
-  RawClient half(server_->port());
-  half.send(uploadHead(uploadTarget(session, 1), 700'000) + photo.bytes.substr(0, 350'000));
+  RawClient half(server_->port(),
+                 uploadHead(uploadTarget(session, 1), 700'000) + photo.bytes.substr(0, 350'000));
   const std::string page = pageWith("350.0 kB of 700.0 kB", linkOf(session));
   EXPECT_TRUE(page.contains("1 of 2 files have arrived"));
   EXPECT_TRUE(page.contains(linkOf(session) + "/files\">Check again"));
@@ -113,7 +87,7 @@ TEST_F(Link, PacksSeveralFilesOfADownloadLink) {
       {"letter (2).txt", "again"},  {".._évil", ""},
       {"LETTER (3).TXT", "3"},      {".hidden", "1"},
       {".hidden (2)", "2"},         {". (2)._Évil", "4"}};
-  EXPECT_TRUE(unzip(reply->body) == expected);
+  EXPECT_TRUE(folder_.unzip(folder_.write("all.zip", reply->body)) == expected);
 }
 
 TEST_F(Link, ShowsDirectContentAsUploadedButNeverLetsItRun) {

@@ -6,11 +6,7 @@
 #include <sys/time.h>
 
 #include <array>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <utility>
 
 #include "sandbox/tls/OpenSsl.h"
 
@@ -19,7 +15,8 @@ namespace quillbay::sandbox {
 /// A TLS connection that sends what a well-behaved client would not. Waits 10 s for the server.
 class RawClient {
  public:
-  explicit RawClient(int port)
+  /// Begins with these bytes.
+  explicit RawClient(int port, std::string_view bytes = "")
       : context_(SSL_CTX_new(TLS_client_method())), bio_(BIO_new_ssl(context_.get(), 1)) {
     BIO* const socket = BIO_new_connect(("127.0.0.1:" + std::to_string(port)).c_str());
     BIO_push(bio_.get(), socket);
@@ -30,6 +27,7 @@ class RawClient {
     if (!isConnected || BIO_do_handshake(bio_.get()) != 1) {
       throw std::runtime_error("the sandbox does not take the connection");
     }
+    if (!bytes.empty()) send(bytes);
   }
 
   void send(std::string_view bytes) {

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <TemporaryFolder.h>
+#include <Waiting.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
 
-#include <algorithm>
-#include <atomic>
 #include <deque>
-#include <filesystem>
 #include <future>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -51,8 +49,8 @@ class RunningSandbox : public testing::Test {
   void advanceClock(std::chrono::seconds by) { clockOffset_ += by.count(); }
   Instant now() const { return systemTime() + std::chrono::seconds(clockOffset_.load()); }
 
-  /// The body of a create request as a client sends it.
-  static json announcement(const std::vector<TestFile>& files, json config = json::object()) {
+  /// Fails the test unless the service answers 201.
+  json createSession(const std::vector<TestFile>& files, json config = json::object()) {
     json items = json::array();
     for (const TestFile& file : files) {
       items.push_back({{"file_name", file.name},
@@ -61,13 +59,8 @@ class RunningSandbox : public testing::Test {
                        {"f", hexEncode(sha256(file.bytes))}});
     }
     if (!config.contains("link_type")) config["link_type"] = "page";
-    return {{"items", items}, {"config", config}};
-  }
-
-  /// Fails the test unless the service answers 201.
-  json createSession(const std::vector<TestFile>& files, json config = json::object()) {
-    const std::string body = announcement(files, std::move(config)).dump();
-    const auto reply = client_->Post("/cloud/test-instance/session", body, "");
+    const json body{{"items", items}, {"config", config}};
+    const auto reply = client_->Post("/cloud/test-instance/session", body.dump(), "");
     EXPECT_EQ(outcome(reply), "201");
     return json::parse(reply->body);
   }
@@ -122,12 +115,13 @@ class RunningSandbox : public testing::Test {
 
   /// The link's page once `text` is on it, for what a thread of the server has yet to do.
   std::string pageWith(const std::string& text, const std::string& target) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     std::string page;
-    do {
+    EXPECT_TRUE(test::waitUntil([&] {
       page = client_->Get(target)->body;
-    } while (!page.contains(text) && std::chrono::steady_clock::now() < end);
-    EXPECT_TRUE(page.contains(text)) << text << "\n" << page;
+      return page.contains(text);
+    })) << text
+        << "\n"
+        << page;
     return page;
   }
 
@@ -147,6 +141,9 @@ class RunningSandbox : public testing::Test {
     return url.substr(url.find('/', std::string_view("https://").size()));
   }
   static std::string linkOf(const json& session) { return target(session["url"]); }
+  static std::string filePath(const json& session, std::size_t item) {
+    return linkOf(session) + "/files/" + session["items"][item]["id"].get<std::string>();
+  }
 
   /// "404", or "404 NoSuchKey" for the store's error documents.
   static std::string outcome(const httplib::Result& result) {

@@ -1,7 +1,4 @@
-#include <sys/wait.h>
-
-#include <csignal>
-#include <cstdio>
+#include <ChildProcess.h>
 
 #include "sandbox/http/ConnectionThreads.h"
 #include "sandbox/http/OpenConnections.h"
@@ -19,8 +16,7 @@ TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
       createSession({letter, letter, letter}, {{"title", "Post"}, {"p", "Z2VoZWlt"}});
   upload(session, 0, letter);
   const auto stored = put(uploadTarget(session, 1), letter);
-  RawClient half(server_->port());
-  half.send(uploadHead(uploadTarget(session, 2), 8) + "Dear");
+  RawClient half(server_->port(), uploadHead(uploadTarget(session, 2), 8) + "Dear");
   const std::string authority = readFile(server_->authorityFile());
   restart();
   EXPECT_EQ(readFile(server_->authorityFile()), authority);
@@ -93,7 +89,7 @@ TEST_F(Server, GivesTheThreadOfAnIdleConnectionToAClientThatWaits) {
   const std::string request = "GET /s/x HTTP/1.1\r\nHost: x\r\n\r\n";
   std::deque<RawClient> clients;
   for (int i = 0; i < 12; ++i) {
-    clients.emplace_back(server_->port()).send(request);
+    clients.emplace_back(server_->port(), request);
     EXPECT_TRUE(clients.back().receiveUntil("</html>\n").starts_with("HTTP/1.1 404 ")) << i;
   }
   // Those that were used last still have theirs.
@@ -110,7 +106,7 @@ TEST(Log, TellsOfAFailedHandshake) {
   server.start();
   httplib::Client("localhost", server.port()).Get("/");
   auto logged = line.get_future();
-  ASSERT_EQ(logged.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  ASSERT_EQ(logged.wait_for(test::generousBound()), std::future_status::ready);
   EXPECT_TRUE(logged.get().ends_with("TLS handshake failed: http request"));
 }
 
@@ -136,59 +132,31 @@ TEST(ConnectionThreads, EndsThreadsWithoutConnections) {
   for (int i = 0; i < 3; ++i) threads.enqueue([stop] { stop.wait(); });
   EXPECT_EQ(threads.threadCount(), 3u);
   end.set_value();
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (threads.threadCount() > 0 && std::chrono::steady_clock::now() < limit) {
-    std::this_thread::yield();
-  }
-  EXPECT_EQ(threads.threadCount(), 0u);
+  EXPECT_TRUE(test::waitUntil([&] { return threads.threadCount() == 0; }));
   threads.shutdown();
 }
 
-/// The program itself, with its standard output and error in one pipe.
-class Program {
- public:
-  explicit Program(const std::string& arguments)
-      : output_(::popen(
-            ("echo $$; exec " QUILLBAY_SANDBOX_PROGRAM " " + arguments + " 2>&1").c_str(), "re")),
-        process_(std::stoi(line())) {}
-
-  std::string line() {
-    std::string text;
-    for (int c = 0; (c = std::fgetc(output_)) != EOF && c != '\n';) text += static_cast<char>(c);
-    return text;
-  }
-
-  void signal(int number) const { ::kill(process_, number); }
-
-  int exitStatus() const {
-    while (std::fgetc(output_) != EOF) {
-    }
-    const int status = ::pclose(output_);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
- private:
-  std::FILE* output_;
-  pid_t process_;
-};
-
 TEST(Program, AnnouncesItselfAndStopsOnASignalWithConnectionsOpen) {
   const TemporaryFolder folder;
+  const std::regex announcement(
+      "export QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:(\\d+)\n"
+      "export QUILLBAY_CACERT='/.*/it'\\\\''s data/tls/ca.pem'\n");
   for (const int number : {SIGINT, SIGTERM}) {
-    const auto data = folder / "it's data";
-    const auto readyFile = folder / "ready";
-    Program program("--port 0 --data \"" + data.string() + "\" --ready-file " + readyFile.string());
-    const std::string route = program.line();
-    const std::string prefix = "export QUILLBAY_CONNECT_TO=cloud.quillbay.example:443:127.0.0.1:";
-    ASSERT_TRUE(route.starts_with(prefix)) << route;
-    const std::string trust = program.line();
-    EXPECT_TRUE(trust.starts_with("export QUILLBAY_CACERT='")) << trust;
-    EXPECT_TRUE(trust.ends_with("/it'\\''s data/tls/ca.pem'")) << trust;
-    EXPECT_EQ(readFile(readyFile), route + "\n" + trust + "\n");
-    const RawClient client(std::stoi(route.substr(prefix.size())));
+    test::ChildProcess program(folder.path(),
+                               "'" QUILLBAY_SANDBOX_PROGRAM
+                               "' --port 0 --data \"$PWD/it's data\" --ready-file ready");
+    std::string text;
+    std::smatch port;
+    ASSERT_TRUE(program.waitUntil([&] {
+      text = program.output();
+      return std::regex_match(text, port, announcement);
+    })) << text
+        << program.error();
+    EXPECT_EQ(readFile(folder / "ready"), text);
+    const RawClient client(std::stoi(port.str(1)));
     program.signal(number);
-    EXPECT_EQ(program.exitStatus(), 0);
-    EXPECT_FALSE(std::filesystem::exists(readyFile));
+    EXPECT_EQ(program.waitForExit(), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "ready"));
   }
 }
 

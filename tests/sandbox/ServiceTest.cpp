@@ -1,4 +1,3 @@
-
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {
@@ -23,7 +22,7 @@ TEST_F(Service, DescribesTheCreatedSession) {
   EXPECT_EQ(session["expiration"], 32'503'680'000);
   ASSERT_EQ(session["items"].size(), 2u);
   EXPECT_EQ(session["items"][1]["is_uploaded"], false);
-  EXPECT_EQ(session["items"][1]["fingerprint"], announcement({letter})["items"][0]["f"]);
+  EXPECT_EQ(session["items"][1]["fingerprint"], hexEncode(sha256(letter.bytes)));
   EXPECT_FALSE(createSession({letter}).contains("expiration"));
 }
 

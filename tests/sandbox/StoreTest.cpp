@@ -1,5 +1,3 @@
-
-
 #include "tests/sandbox/RunningSandbox.h"
 
 namespace quillbay::sandbox {
@@ -58,29 +56,27 @@ TEST_F(Store, HonoursAnAddressWhileItIsValid) {
 }
 
 TEST_F(Store, RefusesMoreThanWasAnnouncedAndKeepsTheConnection) {
-  RawClient client(server_->port());
-  client.send(uploadHead(target_, 9) + "Dear all!" + uploadHead(target_, 8) + "Dear all");
+  RawClient client(server_->port(),
+                   uploadHead(target_, 9) + "Dear all!" + uploadHead(target_, 8) + "Dear all");
   EXPECT_TRUE(client.receiveUntil("</Error>").contains("EntityTooLarge"));
   EXPECT_TRUE(client.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 OK"));
 }
 
 TEST_F(Store, RefusesOrPermitsBeforeTheBodyWhenTheClientWaits) {
-  RawClient refused(server_->port());
-  refused.send(uploadHead(target_, 1'000'000'000, "Expect: 100-continue\r\n"));
+  RawClient refused(server_->port(),
+                    uploadHead(target_, 1'000'000'000, "Expect: 100-continue\r\n"));
   const std::string reply = refused.receiveAll();
   EXPECT_TRUE(reply.starts_with("HTTP/1.1 400 Bad Request\r\n")) << reply;
   EXPECT_TRUE(reply.contains("<Code>EntityTooLarge</Code>"));
 
-  RawClient permitted(server_->port());
-  permitted.send(uploadHead(target_, 8, "Expect: 100-continue\r\n"));
+  RawClient permitted(server_->port(), uploadHead(target_, 8, "Expect: 100-continue\r\n"));
   EXPECT_TRUE(permitted.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 100 "));
   permitted.send(letter.bytes);
   EXPECT_TRUE(permitted.receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 "));
 }
 
 TEST_F(Store, KeepsNothingOfABodyThatBreaksOffOrHasNoLength) {
-  RawClient client(server_->port());
-  client.send(uploadHead(target_, 8) + "Dear");
+  RawClient client(server_->port(), uploadHead(target_, 8) + "Dear");
   client.endSending();
   EXPECT_TRUE(client.receiveAll().contains("<Code>IncompleteBody</Code>"));
   const auto provider = [](std::size_t, httplib::DataSink& sink) { return sink.done(), true; };
@@ -95,8 +91,7 @@ TEST_F(Store, ReplacesAnObjectUntilItIsFinalizedAndThenTakesOnlyTheSameContentAg
   EXPECT_EQ(outcome(put(uploadTarget(session, 0), other)), "200");
   upload(session, 0, letter);
 
-  RawClient half(server_->port());
-  half.send(uploadHead(uploadTarget(session, 0), 8) + "Dear");
+  RawClient half(server_->port(), uploadHead(uploadTarget(session, 0), 8) + "Dear");
   const auto changed = put(uploadTarget(session, 0), other);
   EXPECT_EQ(outcome(changed), "200");
   EXPECT_EQ(finalize(session, 0, changed->get_header_value("ETag"))->status, 409);
@@ -112,16 +107,13 @@ TEST_F(Store, ReplacesAnObjectUntilItIsFinalizedAndThenTakesOnlyTheSameContentAg
 TEST_F(Store, ServesOthersWhileUploadsStall) {
   std::deque<RawClient> stalled;
   for (int i = 0; i < 40; ++i) {
-    stalled.emplace_back(server_->port()).send(uploadHead(target_, 8) + "Dear");
+    stalled.emplace_back(server_->port(), uploadHead(target_, 8) + "Dear");
   }
   upload(session_, 0, letter);
   // The rest of a stalled upload comes too late to replace what is complete.
   stalled.front().send(" ALL");
   EXPECT_TRUE(stalled.front().receiveUntil("\r\n\r\n").starts_with("HTTP/1.1 200 "));
-  EXPECT_EQ(
-      client_->Get(linkOf(session_) + "/files/" + session_["items"][0]["id"].get<std::string>())
-          ->body,
-      letter.bytes);
+  EXPECT_EQ(client_->Get(filePath(session_, 0))->body, letter.bytes);
 }
 
 }  // namespace

@@ -94,19 +94,10 @@ bool Connection::waitFor(const Gate& gate) {
   return gate.isOpen();
 }
 
-void Connection::waitForClient() {
-  while (receive()) received_.clear();
-}
-
 void Connection::shutdownSending() {
   // A second time it would wait for the client's end.
   if (ssl_ && (SSL_get_shutdown(ssl_.get()) & SSL_SENT_SHUTDOWN) == 0) SSL_shutdown(ssl_.get());
   ::shutdown(socket_.get(), SHUT_WR);
-}
-
-void Connection::close() {
-  shutdownSending();
-  release();
 }
 
 void Connection::reset() {

@@ -45,13 +45,18 @@ class Connection {
   /// Does nothing until the gate opens; false if the client left or the server stops first.
   bool waitFor(const Gate& gate);
   /// Reads and drops everything until the client closes its side.
-  void waitForClient();
+  void waitForClient() {
+    while (receive()) received_.clear();
+  }
 
   /// Ends the sending direction in order: the client reads an end, and can still send.
   void shutdownSending();
   /// Closes in order. Bytes that the script has not read make the system reset the connection, as
   /// it does for any server that closes early.
-  void close();
+  void close() {
+    shutdownSending();
+    release();
+  }
   /// Closes with a TCP reset.
   void reset();
 

@@ -4,37 +4,32 @@
 #include <regex>
 
 namespace quillbay::test {
-namespace {
 
 using JSON = nlohmann::ordered_json;
-
-Reply serviceError(int status, const std::string& message) {
-  return Reply::json(JSON{{"message", message}, {"status", status}}.dump(), status);
-}
-
-}  // namespace
 
 FakeService::FakeService() {
   server_.onRequest([this](const Request& request) { return replyTo(request); });
 }
 
-void FakeService::setHook(Call call, Hook hook) {
-  const std::lock_guard lock(mutex_);
-  hooks_[call] = std::move(hook);
-}
-
-void FakeService::answer(Call call, const Reply& reply) {
-  setHook(call, [reply](const Request&, const Reply&) { return reply; });
-}
-
-std::shared_ptr<Gate> FakeService::hold(Call call, const std::optional<Reply>& reply) {
+std::shared_ptr<Gate> FakeService::hold(Call call, const std::optional<Reply>& reply, int item) {
   const auto gate = std::make_shared<Gate>();
-  setHook(call, [reply, gate](const Request&, const Reply& ordinary) {
+  const std::string name = item == 0 ? "" : "/item-" + std::to_string(item);
+  setHook(call, [=](const Request& request, const Reply& ordinary) {
+    if (!request.target().contains(name)) return ordinary;
     Reply held = reply.value_or(ordinary);
     held.sendAfter = gate;
     return held;
   });
   return gate;
+}
+
+Reply FakeService::refusal(int status, const std::string& message) {
+  return Reply::json(JSON{{"message", message}, {"status", status}}.dump(), status);
+}
+
+Reply FakeService::storeRefusal(const std::string& message) {
+  return {.status = 403,
+          .body = "<Error><Code>AccessDenied</Code><Message>" + message + "</Message></Error>"};
 }
 
 std::vector<std::string> FakeService::calls() const {
@@ -90,7 +85,7 @@ Reply FakeService::replyTo(const Request& request) {
     try {
       reply = perform(arrival);
     } catch (const JSON::exception& error) {
-      reply = serviceError(400, error.what());
+      reply = refusal(400, error.what());
     }
     hook = hooks_[arrival.call];
   }
@@ -99,7 +94,7 @@ Reply FakeService::replyTo(const Request& request) {
 
 Reply FakeService::perform(const Arrival& arrival) {
   const auto& [request, call, name, identifier] = arrival;
-  if (call == Call::unknown) return serviceError(404, "no such address");
+  if (call == Call::unknown) return refusal(404, "no such address");
   if (call == Call::createSession) {
     const JSON body = JSON::parse(request.body);
     items_ = JSON::array();
@@ -111,24 +106,24 @@ Reply FakeService::perform(const Arrival& arrival) {
     return sessionReply(201);
   }
   if (call != Call::store && request.field("X-QUILLBAY-SESSION-TOKEN") != token) {
-    return serviceError(403, "wrong token");
+    return refusal(403, "wrong token");
   }
   if (call == Call::deleteSession) return Reply::empty(204);
   const std::size_t index = std::stoul(identifier) - 1;
-  if (index >= items_.size()) return serviceError(404, "no such item");
+  if (index >= items_.size()) return refusal(404, "no such item");
   if (call == Call::uploadUrl) {
     const std::string path = "/store/item-" + identifier + "?signature=secret";
     return Reply::json(JSON{{"url", server_.address(path, "localhost")}}.dump());
   }
   const std::string entityTag = "\"tag-of-item-" + identifier + "\"";
   if (call == Call::store) return {.headerFields = {{"ETag", entityTag}}};
-  if (JSON::parse(request.body).at("etag") != entityTag) return serviceError(400, "wrong tag");
+  if (JSON::parse(request.body).at("etag") != entityTag) return refusal(400, "wrong tag");
   items_[index]["is_uploaded"] = true;
   return sessionReply(200);
 }
 
 Reply FakeService::sessionReply(int status) const {
-  const JSON session{{"id", sessionIdentifier}, {"token", token}, {"url", link}, {"items", items_}};
+  const JSON session{{"id", "session-1"}, {"token", token}, {"url", link}, {"items", items_}};
   return Reply::json(session.dump(), status);
 }
 

@@ -20,7 +20,6 @@ class FakeService {
   /// the server. What the call does to the service has happened by then.
   using Hook = std::function<Reply(const Request& request, Reply ordinary)>;
 
-  static constexpr const char* sessionIdentifier = "session-1";
   static constexpr const char* token = "token-of-session-1";
   static constexpr const char* link = "https://cloud.quillbay.example/s/session-1";
 
@@ -30,11 +29,20 @@ class FakeService {
   void install() const { useTestNetwork(&server_); }
 
   /// Replaces the replies to one kind of call; an empty hook takes the replacement back.
-  void setHook(Call call, Hook hook);
-  /// Answers every call of this kind with `reply`.
-  void answer(Call call, const Reply& reply);
-  /// Holds the replies to this kind of call, the ordinary ones or `reply`, until the gate opens.
-  std::shared_ptr<Gate> hold(Call call, const std::optional<Reply>& reply = std::nullopt);
+  void setHook(Call call, Hook hook) {
+    const std::lock_guard lock(mutex_);
+    hooks_[call] = std::move(hook);
+  }
+  /// Answers every call of this kind, for item `item` alone if that is not 0, with `reply`.
+  void answer(Call call, const Reply& reply, int item = 0) { hold(call, reply, item)->open(); }
+  /// Holds these replies, the ordinary ones or `reply`, until the gate opens.
+  std::shared_ptr<Gate> hold(Call call, const std::optional<Reply>& reply = std::nullopt,
+                             int item = 0);
+
+  /// What the service says when it does not do a thing.
+  static Reply refusal(int status, const std::string& message);
+  /// "Access denied", as the store says it.
+  static Reply storeRefusal(const std::string& message = "No");
 
   /// What was called, in the order of arrival: "create", "upload_url item-2", "store item-2",
   /// "finalize item-2", "delete session-1", or the request line of anything else.

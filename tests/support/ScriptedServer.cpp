@@ -54,24 +54,9 @@ void ScriptedServer::onRequest(RequestHandler handler) {
   });
 }
 
-void ScriptedServer::onConnection(ConnectionHandler script) {
-  const std::lock_guard lock(mutex_);
-  script_ = std::move(script);
-}
-
 std::string ScriptedServer::address(std::string_view path, std::string_view host) const {
   const std::string scheme = tls_ == nullptr ? "http://" : "https://";
   return scheme + std::string(host) + ":" + std::to_string(port_) + std::string(path);
-}
-
-std::size_t ScriptedServer::connectionCount() const {
-  const std::lock_guard lock(mutex_);
-  return connections_.size();
-}
-
-std::vector<Request> ScriptedServer::requests() const {
-  const std::lock_guard lock(mutex_);
-  return requests_;
 }
 
 void ScriptedServer::acceptConnections() {

@@ -27,16 +27,25 @@ class ScriptedServer {
   void onRequest(RequestHandler handler);
 
   /// Plays every new connection with `script` instead, and closes it when the script returns.
-  void onConnection(ConnectionHandler script);
+  void onConnection(ConnectionHandler script) {
+    const std::lock_guard lock(mutex_);
+    script_ = std::move(script);
+  }
 
   int port() const { return port_; }
   /// "https://127.0.0.1:PORT" (or http) followed by `path`.
   std::string address(std::string_view path = "/", std::string_view host = "127.0.0.1") const;
 
   /// Connections accepted so far, whatever became of them.
-  std::size_t connectionCount() const;
+  std::size_t connectionCount() const {
+    const std::lock_guard lock(mutex_);
+    return connections_.size();
+  }
   /// The requests so far, in the order in which they began, each as far as it has been read.
-  std::vector<Request> requests() const;
+  std::vector<Request> requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+  }
 
   /// Stops listening and ends all connections, stalled ones too. Idempotent.
   void stop();
