@@ -17,3 +17,8 @@ cmake --preset dev
 cmake --build --preset dev --target CloudTests
 ctest --test-dir build/dev -R SessionController --output-on-failure
 # [work]
+
+# [packages]
+scripts/package --build-only   # builds the packages of the last commit into build/packages
+scripts/package                # the same, then everything below
+# [packages]

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <ctime>
+#include <latch>
 #include <ranges>
 
 namespace quillbay::test {
@@ -100,6 +101,7 @@ TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
   const auto file = folder_.writePattern("file", 100'000);
   server_.onRequest([](const Request& got) { return Reply{.body = got.target()}; });
   std::array<std::vector<RunningTask>, 4> tasks;
+  std::latch started(tasks.size());
   std::vector<std::jthread> threads;
   for (auto& tasksOfThread : tasks) {
     threads.emplace_back([&] {
@@ -110,9 +112,11 @@ TEST_F(URLSessionConnectionTest, ManyTransfersFromManyThreadsAllEndOnce) {
                                     ? RunningTask(put, file, *session)
                                     : RunningTask({"GET", put.url}, std::nullopt, *session));
       }
+      started.count_down();
     });
   }
-  threads.clear();
+  // They are joined at the end: until then, no thread of the library has the identifier of one.
+  started.wait();
   for (RunningTask& task : tasks | std::views::join) {
     const Outcome outcome = task.wait();
     ASSERT_EQ(outcome.status(), 200);
