@@ -7,7 +7,7 @@
 
 namespace quillbay::core {
 
-/// The ground on which a sheet's form stands: filled with the window's colour, so that a sheet
+/// The ground of a sheet's form: filled with the window's colour, so that a sheet
 /// looks the same in a window, a dialog and a popover. Main thread.
 class QUILLBAY_EXPORT FormSheetContentView : public QWidget {
  public:

@@ -20,9 +20,10 @@ using Clock = std::chrono::steady_clock;
 /// How long exit on one thread waits for an item on another, which may be waiting for that thread.
 constexpr std::chrono::seconds kLongestItemAtExit(1);
 
-/// All items stand in one list, whoever runs them: so their order does not depend on the host's
-/// loop, and an item that the loop forgets is never destroyed on a strange thread. Before any lock
-/// stands the question for a forked child: a thread that does not exist there may hold it.
+/// All items are in one list, also those that the host's loop runs: so their order does not depend
+/// on the host's loop, and an item that the loop forgets is never destroyed on a strange thread. A
+/// forked child is asked for before any lock is taken: a thread that does not exist there may hold
+/// it.
 class MainQueue final : public DispatchQueue {
  public:
   using Poster = std::function<void(std::function<void()>)>;

@@ -39,7 +39,7 @@ class QUILLBAY_EXPORT Progress : public std::enable_shared_from_this<Progress> {
   void setUnitCounts(std::int64_t completed, std::int64_t total);
 
   /// Adds a child worth `pendingUnitCount` of this object's units. A child has one parent: one
-  /// that has another, or that this object stands under, is not added.
+  /// that has another parent, or that is above this object, is not added.
   void addChild(const std::shared_ptr<Progress>& child, std::int64_t pendingUnitCount);
 
   /// 0 to 1, children included.

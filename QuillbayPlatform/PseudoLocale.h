@@ -5,7 +5,7 @@
 
 namespace quillbay::platform {
 
-/// Internal: the language that every string table speaks besides its own. Whoever chooses it sees
+/// Internal: the language that every string table speaks besides its own. With it, one sees
 /// at once which text is in no table, for it lacks the brackets, and which text has no room to
 /// grow.
 inline constexpr std::string_view kPseudoLanguage = "en_XA";

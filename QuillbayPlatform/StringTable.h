@@ -14,7 +14,7 @@ namespace quillbay::platform {
 /// Texts by key, one table a language, compiled into the library that owns it.
 ///
 /// A text that depends on a number has a form for each plural category of its language: "one",
-/// "few", "many", "other", as the Unicode CLDR names them. "other" stands for those that are
+/// "few", "many", "other", as the Unicode CLDR names them. "other" serves where one is
 /// missing, and where no number is known.
 class QUILLBAY_EXPORT StringTable {
  public:

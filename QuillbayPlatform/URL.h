@@ -38,7 +38,7 @@ class QUILLBAY_EXPORT URL {
   /// The port as written, else the scheme's own (443 for https, 80 for http), else 0; also 0 for
   /// a number beyond 65535.
   int port() const;
-  /// Whether a user name or password stands before the host.
+  /// Whether the host has a user name or password before it.
   bool hasUserInfo() const;
 
   /// The path with percent-encoding removed, as raw bytes. For a file URL: the local path.

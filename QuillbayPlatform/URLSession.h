@@ -13,8 +13,8 @@
 
 namespace quillbay::platform {
 
-/// One HTTP transfer. Made by a `URLSession`, runs to its end once resumed, and needs nobody to
-/// hold it meanwhile.
+/// One HTTP transfer. Made by a `URLSession`, runs to its end once resumed, and need not be
+/// held meanwhile.
 class URLSessionTask {
  public:
   virtual ~URLSessionTask() = default;

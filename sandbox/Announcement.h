@@ -9,7 +9,7 @@ namespace quillbay::sandbox {
 /// The settings that point quillbay at a sandbox, as lines for a shell.
 std::string shellSettings(int port, const std::filesystem::path& authorityFile);
 
-/// Tells the settings to whoever waits for them: on standard output, and in a file that exists
+/// Tells the settings: on standard output, and in a file that exists
 /// exactly while the sandbox answers.
 class Announcement {
  public:

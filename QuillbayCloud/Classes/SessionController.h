@@ -69,7 +69,7 @@ class QUILLBAY_EXPORT SessionController : public std::enable_shared_from_this<Se
   /// shown while files are on their way; it may be empty. Then `completion` is called once with the
   /// same session when every file has arrived, or, at any stage, with the error that ended the run:
   ///
-  /// - fingerprints: `fingerprintFailure` (a file cannot be read, or stands twice in the list)
+  /// - fingerprints: `fingerprintFailure` (a file cannot be read, or is in the list twice)
   /// - the request: `invalidFile` (a file vanished, a text is not UTF-8, or the expiration date is
   ///   not finite)
   /// - creation: `webservice`, `invalidResponse`, `underlying`

@@ -54,7 +54,7 @@ class QUILLBAY_EXPORT QuillbayCloudError final : public platform::Error {
     /// Always equal.
     friend bool operator==(const MissingItems&, const MissingItems&) = default;
   };
-  /// A file could not be read to its end, or stands twice in the list.
+  /// A file could not be read to its end, or is in the list twice.
   struct FingerprintFailure {
     /// Always equal.
     friend bool operator==(const FingerprintFailure&, const FingerprintFailure&) = default;

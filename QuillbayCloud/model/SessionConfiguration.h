@@ -22,13 +22,13 @@ namespace quillbay::cloud {
 ///      "linkType": "page" | "download" | "direct", "secret": boolean}
 ///
 /// The first three are left out when absent. The date's number is the one of the encoder's date
-/// policy; read it back with the same. The password stands in it in clear.
+/// policy; read it back with the same. It holds the password in clear.
 class QUILLBAY_EXPORT SessionConfiguration {
  public:
   /// `title`: shown by the service. `expirationDate`: when the link stops working; absent: never.
   /// A date that is not finite cannot be sent or stored: a run with it ends with `invalidFile`.
-  /// `linkType`: absent means `page`. `password`: asked of whoever opens the link. `secret`: make a
-  /// long link that is hard to guess. Texts are UTF-8.
+  /// `linkType`: absent means `page`. `password`: asked of everyone who opens the link. `secret`:
+  /// make a long link that is hard to guess. Texts are UTF-8.
   SessionConfiguration(std::optional<std::string> title,
                        std::optional<platform::Date> expirationDate,
                        std::optional<SessionLinkType> linkType, std::optional<std::string> password,

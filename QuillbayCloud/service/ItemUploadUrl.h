@@ -12,7 +12,7 @@
 namespace quillbay::cloud {
 
 /// The presigned address that takes one file by PUT. An immutable value; any thread. Its JSON form
-/// is {"url": text}. Whoever holds the address may write: its query is a secret.
+/// is {"url": text}. The address permits to write: its query is a secret.
 class QUILLBAY_EXPORT ItemUploadUrl {
  public:
   /// `url`: an absolute https address.

@@ -107,7 +107,7 @@ std::expected<ItemParameters, ErrorPtr> itemParameters(
   return item;
 }
 
-// The quoted name is verbatim; the store hands both on to whoever downloads the file.
+// The quoted name is verbatim; the store hands both on with the file.
 std::string contentDispositionValue(std::string_view type, const std::string& fileName) {
   std::string escapedName = platform::percentEncoded(fileName, "-._~/ ");
   std::ranges::replace(escapedName, ' ', '+');

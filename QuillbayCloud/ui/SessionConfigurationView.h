@@ -27,9 +27,9 @@ class SessionConfigurationView : public QFrame {
 
   QLineEdit& titleTextField() const { return titleTextField_; }
   SecureFirstRespondableTextField& passwordTextField() const { return passwordTextField_; }
-  /// The item at index i stands for option i of `core::DateExpirationOption::defaultOptions`.
+  /// The item at index i is option i of `core::DateExpirationOption::defaultOptions`.
   QComboBox& linkExpirationButton() const { return linkExpirationButton_; }
-  /// The item at index i stands for case i of `SessionLinkType::allCases`.
+  /// The item at index i is case i of `SessionLinkType::allCases`.
   QComboBox& linkTypeButton() const { return linkTypeButton_; }
   QCheckBox& generatesLongLinkButton() const { return generatesLongLinkButton_; }
   ImageView& imageView() const { return imageView_; }

@@ -23,7 +23,8 @@ class RedirectPolicy {
   struct FinalReply {};
   using Decision = std::variant<FinalReply, URLRequest, std::shared_ptr<const URLError>>;
 
-  /// The reply stands, or the request that follows it, or why it must not be followed.
+  /// That the reply is the final one, or the request that follows it, or why it must not be
+  /// followed.
   Decision decide(const URLRequest& request, const HTTPURLResponse& response);
 
  private:

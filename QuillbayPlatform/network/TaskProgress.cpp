@@ -17,7 +17,7 @@ void TaskProgress::update(std::int64_t sentByteCount, std::int64_t expectedByteC
     expectedByteCount_.store(expectedByteCount, std::memory_order_relaxed);
     sentByteCount_.store(sentByteCount, std::memory_order_relaxed);
   }
-  // Also when nothing was sent since the last call: an upload that stalls shows where it stands.
+  // Also when nothing was sent since the last call: an upload that stalls shows how far it is.
   if (sentByteCount_.load(std::memory_order_relaxed) == engineThreadPostedByteCount_) return;
 
   const auto now = std::chrono::steady_clock::now();

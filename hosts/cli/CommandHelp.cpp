@@ -30,7 +30,7 @@ constexpr std::string_view kShareHelp =
     "WHEN is a time from now (30m, 12h, 7d, 2mo), never, or an instant such as\n"
     "2030-01-31T18:00:00Z.\n"
     "\n"
-    "The link stands alone on standard output as soon as the session exists; the\n"
+    "The link is alone on standard output as soon as the session exists; the\n"
     "command ends when everything is uploaded. To use the link before that, read it\n"
     "from a pipe: quillbay share FILE | while read -r link; do ...; done\n"
     "On a terminal, standard error shows how far the upload is.\n"

@@ -16,7 +16,7 @@ std::string oneLine(std::string text) {
 }
 
 /// The option whose value is the word behind `words`; null if that is no value. `areOptionsOver` is
-/// set if "--" stands among them.
+/// set if "--" is among them.
 const Option* optionAwaitingValue(const host::OptionTable& table,
                                   std::span<const std::string> words, bool& areOptionsOver) {
   const Option* awaiting = nullptr;

@@ -2,7 +2,7 @@
 
 namespace quillbay::cli {
 
-/// What the program tells its caller. Stands in the help text and in the manual page.
+/// What the program tells its caller. The help text and the manual page list them.
 enum class ExitStatus : int {
   success = 0,      ///< shared, or deleted
   failure = 1,      ///< the run failed

@@ -10,7 +10,7 @@
 namespace quillbay::cli {
 
 /// Reads WHEN of `--expires`: a count of minutes, hours, days or months from `now` ("30m", "12h",
-/// "7d", "2mo"), "never", or an RFC 3339 instant. Absent stands for never. An instant that is not
+/// "7d", "2mo"), "never", or an RFC 3339 instant. Absent means never. An instant that is not
 /// after `now`, or beyond the year 9999, is refused. The error is a sentence for people.
 std::expected<std::optional<platform::Date>, std::string> parseExpiration(std::string_view text,
                                                                           platform::Date now);

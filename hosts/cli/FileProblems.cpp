@@ -49,8 +49,8 @@ std::vector<std::string> repetitions(const host::SharedFiles& files) {
   std::vector<std::string> texts;
   for (const auto& [url, indices] : places) {
     if (indices.size() < 2) continue;
-    texts.push_back(nameOf(files, indices.front()) + " stands " + std::to_string(indices.size()) +
-                    " times in the list; name each file once");
+    texts.push_back(nameOf(files, indices.front()) + " is in the list " +
+                    std::to_string(indices.size()) + " times; name each file once");
   }
   return texts;
 }

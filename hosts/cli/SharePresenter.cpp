@@ -95,7 +95,7 @@ std::optional<ExitStatus> SharePresenter::status() const {
 
 void SharePresenter::sessionCreated(const cloud::Session& session, bool isDoomed) {
   warnOfHistory();
-  // The link may go to the terminal on which the status line stands.
+  // The link may go to the terminal that shows the status line.
   console_.clearStatus();
   if (isDoomed) {
     output_.doomedSessionCreated(session);

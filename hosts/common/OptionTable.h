@@ -19,7 +19,7 @@ inline bool isOption(std::string_view argument) {
 ///
 /// Options and operands may stand in any order; "--" ends the options. The value of a long option
 /// follows as the next argument or after "=", that of a letter as the next argument or behind the
-/// letter; it is taken as it is and, unless it stands behind the letter, may be empty. Letters can
+/// letter; it is taken as it is and, unless it follows the letter, may be empty. Letters can
 /// be bundled: "-qt TEXT" is "-q -t TEXT". An option's name is "--name" or "-n, --name".
 class OptionTable {
  public:
@@ -69,7 +69,7 @@ class OptionTable {
     const Option* option = nullptr;
     /// As it was written: "--name" or "-n".
     std::string name;
-    /// What stands behind "=" or, of a letter that takes one, behind the letter.
+    /// What follows "=" or, of a letter that takes one, behind the letter.
     std::optional<std::string> value = {};
     /// Letters that are bundled with a flag, with a dash before them.
     std::optional<std::string> bundle = {};

@@ -18,8 +18,8 @@ struct CodePoint {
   bool valid;
 };
 
-/// The code point at the start of `text`, which is not empty. A byte that starts none stands for
-/// itself.
+/// The code point at the start of `text`, which is not empty. A byte that starts none is
+/// taken for one.
 CodePoint firstCodePoint(std::string_view text) {
   const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
   const unsigned char lead = byteAt(0);

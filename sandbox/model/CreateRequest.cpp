@@ -150,7 +150,7 @@ std::optional<std::string> readPassword(const Reader& config) {
   auto password = base64Decode(*encoded);
   if (!password) refuse(config.name("p") + " must be standard Base64.");
   if (password->size() > passwordByteLimit) refuse(config.name("p") + " is too long.");
-  // An empty password keeps nobody out; asking for it would only puzzle.
+  // An empty password protects nothing; asking for it would only puzzle.
   if (password->empty()) return std::nullopt;
   return password;
 }

@@ -35,7 +35,7 @@ const std::string& parameter(const Parameters& parameters, std::string_view name
   const auto found = std::ranges::find_if(parameters, hasName);
   if (found == parameters.end()) denyAccess("The request carries no valid signature.");
   if (std::ranges::count_if(parameters, hasName) > 1) {
-    refuseParameters(std::string(name) + " stands twice in the query.");
+    refuseParameters(std::string(name) + " is in the query twice.");
   }
   return found->second;
 }

@@ -25,7 +25,7 @@ TEST(FileProblems, namesEachFileThatCannotBeSharedAndWhy) {
       {good, missing, folder.path(), pipe, badName, "/dev/null", "/proc/version", link, good});
   EXPECT_THAT(
       fileProblems(files),
-      ElementsAre("'" + good + "' stands 2 times in the list; name each file once",
+      ElementsAre("'" + good + "' is in the list 2 times; name each file once",
                   "'" + missing + "': No such file or directory", HasSubstr("is a folder; --zip"),
                   HasSubstr("is a pipe"), HasSubstr("bad\\xff': the name is not UTF-8"),
                   HasSubstr("is a device"), HasSubstr("no size")));

@@ -84,7 +84,7 @@ TEST_F(Share, aRefusedUploadNamesItsFileAndDeletesTheSession) {
 TEST_F(Share, filesThatCannotBeReadAreNamedOnceAndNothingIsSent) {
   const auto program = run(1, "quillbay share --json gone file file");
   EXPECT_EQ(program->error(),
-            "quillbay: 'file' stands 2 times in the list; name each file once\n"
+            "quillbay: 'file' is in the list 2 times; name each file once\n"
             "quillbay: 'gone': No such file or directory\n"
             "quillbay: nothing was shared\n");
   EXPECT_EQ(events(*program).at(0).at("case"), "fingerprintFailure");

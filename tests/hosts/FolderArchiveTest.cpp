@@ -69,7 +69,7 @@ TEST_F(FolderArchiveTest, HoldsWhatTheFolderHolds) {
   EXPECT_TRUE(archives[1].path.ends_with("/docs.zip"));
   EXPECT_EQ(packing_->progress().folderIndex, 1U);
 
-  // Its head of 30 bytes stands before the name; bit 11 of the flags at offset 6 means UTF-8.
+  // Its head of 30 bytes precedes the name; bit 11 of the flags at offset 6 means UTF-8.
   const std::string bytes = readFile(archives[0].path);
   EXPECT_TRUE(bytes.at(bytes.find("docs/sub/Gr") - 30 + 7) & 0x08);
   const std::map<std::string, std::string> contents{{"docs", "folder"},

@@ -45,7 +45,7 @@ class ChildProcess {
   void turnEchoOn() const;
 
  private:
-  /// Reads what stands in the terminal; waits a moment if there is nothing. False if there was not.
+  /// Reads what the terminal shows; waits a moment if there is nothing. False if there was not.
   bool readTerminal();
 
   const TemporaryFolder streams_;

@@ -7,7 +7,7 @@
 
 namespace quillbay::test {
 
-/// Closed until somebody opens it, then open for good. Any thread. Held by `std::shared_ptr`
+/// Closed until it is opened, then open for good. Any thread. Held by `std::shared_ptr`
 /// wherever a server's thread may still be waiting at it.
 class Gate {
  public:

@@ -26,7 +26,7 @@ constexpr std::chrono::milliseconds generousBound() { return std::chrono::second
   return true;
 }
 
-/// Runs everything that stands in the main queue now.
+/// Runs everything that is in the main queue now.
 inline void drainMainQueue() {
   const auto reached = std::make_shared<bool>(false);
   platform::DispatchQueue::main().async([reached] { *reached = true; });

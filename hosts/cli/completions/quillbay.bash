@@ -22,7 +22,7 @@ _quillbay() {
     return
   fi
 
-  # Bash replaces only what stands behind the last ':' or '='.
+  # Bash replaces only what follows the last ':' or '='.
   local typed=${words[-1]} breaks=${COMP_WORDBREAKS//[^:=]/} kept=
   [[ -n $breaks && $typed == *[$breaks]* ]] && kept=${typed%"${typed##*[$breaks]}"}
   for candidate in "${reply[@]:1}"; do

@@ -9,7 +9,7 @@ namespace {
 
 using cloud::SessionController;
 
-/// Where a run of two files stands when the host acts: among others, a reply is on its way, or the
+/// How far a run of two files is when the host acts: among others, a reply is on its way, or the
 /// run's own report.
 enum Phase { idle, fingerprinting, reply, session, report, completion };
 enum Action { cancel, release };

@@ -22,7 +22,7 @@ const std::string kFamily = "👨\u200D👩\u200D👧\u200D👦";
 
 Date now() { return Date(std::chrono::system_clock::now()); }
 
-/// Stands where the user's browser would.
+/// In place of the user's browser.
 class Browser : public QObject {
   Q_OBJECT
  public:

@@ -26,7 +26,7 @@ std::set<int> numbersIn(const char* folder) {
   return numbers;
 }
 
-/// What whoever started this process left open.
+/// What the parent of this process left open.
 const std::set<int> inheritedDescriptors = numbersIn("/proc/self/fd");
 
 /// The line of a status file of /proc that begins with `key`; "" if its thread has ended.
