@@ -5,13 +5,20 @@
 #include "QuillbayCoreStrings.h"
 
 namespace quillbay::core {
+namespace {
 
-std::string Localized(std::string_view key) {
+const platform::StringTable& table() {
   static constinit platform::OnFirstUse<const platform::StringTable> table;
-  const auto make = [] {
-    return std::make_unique<const platform::StringTable>(strings::QuillbayCore());
-  };
-  return table.get(make).localized(key);
+  return table.get(
+      [] { return std::make_unique<const platform::StringTable>(strings::QuillbayCore()); });
+}
+
+}  // namespace
+
+std::string Localized(std::string_view key) { return table().localized(key); }
+
+std::string Localized(std::string_view key, std::int64_t number) {
+  return table().localized(key, number);
 }
 
 }  // namespace quillbay::core

@@ -2,6 +2,7 @@
 
 #include <QuillbayPlatform/Export.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,9 +11,10 @@ namespace quillbay::core {
 /// The text for `key` in the string table "QuillbayCore", in the user's language (see
 /// `platform::preferredLanguages`), else in English; `key` itself if the table lacks it. UTF-8. Any
 /// thread.
-///
-/// "date.minutes", "date.hours", "date.days" and "date.months" are formats that take one integer:
-/// see `platform::formatted`.
 QUILLBAY_EXPORT std::string Localized(std::string_view key);
+
+/// The same in the plural form that `number` takes in that language. "date.minutes", "date.hours",
+/// "date.days" and "date.months" are formats for it: see `platform::formatted`.
+QUILLBAY_EXPORT std::string Localized(std::string_view key, std::int64_t number);
 
 }  // namespace quillbay::core

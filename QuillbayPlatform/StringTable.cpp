@@ -1,3 +1,5 @@
+#include <QuillbayPlatform/PluralRules.h>
+#include <QuillbayPlatform/PseudoLocale.h>
 #include <QuillbayPlatform/RarelySet.h>
 #include <QuillbayPlatform/StringTable.h>
 
@@ -7,6 +9,10 @@
 
 namespace quillbay::platform {
 namespace {
+
+constexpr std::string_view kLastResort = "en";
+/// The plural category of what has one form alone.
+constexpr std::string_view kOther = "other";
 
 constinit RarelySet<std::vector<std::string>> hostChoice;
 
@@ -52,6 +58,17 @@ std::vector<std::string> environmentLanguages() {
   return languages;
 }
 
+/// Plural category to text; empty if `value` holds no text.
+std::map<std::string, std::string, std::less<>> formsOf(const nlohmann::json& value) {
+  std::map<std::string, std::string, std::less<>> forms;
+  if (value.is_string()) forms.emplace(kOther, value.get<std::string>());
+  if (!value.is_object()) return forms;
+  for (const auto& [category, form] : value.items()) {
+    if (form.is_string()) forms.emplace(category, form.get<std::string>());
+  }
+  return forms;
+}
+
 }  // namespace
 
 StringTable::StringTable(const std::map<std::string, std::string_view>& jsonByLanguage) {
@@ -59,22 +76,37 @@ StringTable::StringTable(const std::map<std::string, std::string_view>& jsonByLa
     const auto table = nlohmann::json::parse(text, nullptr, /*allow_exceptions=*/false);
     auto& texts = languages_[language];
     if (!table.is_object()) continue;
-    for (const auto& [key, value] : table.items()) {
-      if (value.is_string()) texts.emplace(key, value.get<std::string>());
-    }
+    for (const auto& [key, value] : table.items()) texts.emplace(key, formsOf(value));
   }
 }
 
-std::string StringTable::localized(std::string_view key) const {
+std::string StringTable::localized(std::string_view key) const { return form(key, std::nullopt); }
+
+std::string StringTable::localized(std::string_view key, std::int64_t number) const {
+  return form(key, number);
+}
+
+std::string StringTable::form(std::string_view key, std::optional<std::int64_t> number) const {
   std::vector<std::string> languages = preferredLanguages();
-  languages.emplace_back("en");
+  languages.emplace_back(kLastResort);
   for (const std::string& language : languages) {
-    const auto table = languages_.find(language);
-    if (table == languages_.end()) continue;
-    const auto text = table->second.find(key);
-    if (text != table->second.end()) return text->second;
+    const bool isPseudo = language == kPseudoLanguage;
+    const std::string_view tag = isPseudo ? kLastResort : language;
+    const std::string* text = find(tag, key, number ? pluralCategory(tag, *number) : kOther);
+    if (text != nullptr) return isPseudo ? pseudoLocalized(*text) : *text;
   }
   return std::string(key);
+}
+
+const std::string* StringTable::find(std::string_view language, std::string_view key,
+                                     std::string_view category) const {
+  const auto table = languages_.find(language);
+  if (table == languages_.end()) return nullptr;
+  const auto forms = table->second.find(key);
+  if (forms == table->second.end()) return nullptr;
+  auto form = forms->second.find(category);
+  if (form == forms->second.end()) form = forms->second.find(kOther);
+  return form == forms->second.end() ? nullptr : &form->second;
 }
 
 std::vector<std::string> preferredLanguages() {

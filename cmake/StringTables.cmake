@@ -1,6 +1,7 @@
 # quillbay_add_string_table(TARGET TABLE FOLDER)
 #
-# Compiles FOLDER/<language>/TABLE.json, one JSON object of key to text a language, into TARGET.
+# Compiles FOLDER/<language>/TABLE.json, one JSON object of key to text a language, into TARGET (see
+# docs/languages.md).
 # Its sources find them with `#include "TABLEStrings.h"` as `quillbay::strings::TABLE()`, a map of
 # language tag to JSON text. A file that is no JSON object stops the configuration.
 function(quillbay_add_string_table target table folder)

@@ -38,7 +38,8 @@ constexpr qreal kUnavailableOpacity = 0.4;
 constexpr std::array kRowsWithoutDirectLink = {0, 1, 4};
 
 QString unitText(const char* key, const DateExpirationOption& option) {
-  return QString::fromStdString(platform::formatted(core::Localized(key), option.count()));
+  const int count = option.count();
+  return QString::fromStdString(platform::formatted(core::Localized(key, count), count));
 }
 
 QString expirationText(const DateExpirationOption& option) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Promises.h"
 #include "TestService.h"
 
 using namespace quillbay;

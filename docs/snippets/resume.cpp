@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "Promises.h"
 #include "TestService.h"
 
 using namespace quillbay;

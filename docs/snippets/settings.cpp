@@ -3,7 +3,7 @@
 #include <QuillbayPlatform/StringTable.h>
 // [languages]
 
-#include "TestService.h"
+#include "Promises.h"
 
 using namespace quillbay;
 

@@ -1,7 +1,7 @@
 #include <QApplication>
 #include <QVBoxLayout>
 
-#include "TestService.h"
+#include "Promises.h"
 
 // [sheet]
 #include <QuillbayCloud/ui/ShareViewController.h>

@@ -4,7 +4,7 @@
 // [store]
 #include <QuillbayCloud/QuillbayCloud.h>
 
-#include "TestService.h"
+#include "Promises.h"
 
 using namespace quillbay;
 

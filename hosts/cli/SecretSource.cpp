@@ -84,20 +84,21 @@ class HiddenInput {
 SecretSource::Result SecretSource::readFile(const std::string& path,
                                             const std::string& name) const {
   const bool isStandardInput = path == "-";
+  const bool isTyped = isStandardInput && ::isatty(STDIN_FILENO) != 0;
   const std::string origin = isStandardInput ? "standard input" : host::inQuotes(path);
+  const std::string failure = "cannot read the " + name + " from " + origin + ": ";
   host::FileDescriptor file;
-  if (!isStandardInput) {
-    // Without blocking: Ctrl-C must end the wait for the other end of a FIFO, too.
-    file = host::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file.isOpen()) {
-      return failed("cannot read the " + name + " from " + origin + ": " + std::strerror(errno));
-    }
+  if (isTyped || !isStandardInput) {
+    // A terminal for writing, too: after `</dev/tty`, standard input cannot take the prompt. All
+    // else without blocking: Ctrl-C must end the wait for the other end of a FIFO, too.
+    const int mode = isTyped ? O_RDWR : O_RDONLY | O_NONBLOCK;
+    const char* const opened = isTyped ? "/dev/stdin" : path.c_str();
+    file = host::FileDescriptor(::open(opened, mode | O_CLOEXEC | O_NOCTTY));
+    if (!file.isOpen()) return failed(failure + std::strerror(errno));
   }
 
-  const bool isTyped = isStandardInput && ::isatty(STDIN_FILENO) != 0;
-  auto line = isTyped ? prompt(STDIN_FILENO, "The " + name + ": ")
-                      : firstLine(isStandardInput ? STDIN_FILENO : file.get(),
-                                  "cannot read the " + name + " from " + origin + ": ");
+  auto line = isTyped ? prompt(file.get(), "The " + name + ": ")
+                      : firstLine(isStandardInput ? STDIN_FILENO : file.get(), failure);
   if (!line) return line;
   if (line->empty())
     return failed("the first line of " + origin + " is empty; a " + name + " should stand there");

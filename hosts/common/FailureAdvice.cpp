@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -261,23 +260,23 @@ std::string_view headlineKey(const CauseRow& row, Step step) {
 /// The values that replace the {names} in the texts.
 struct Values {
   std::string subject;
-  /// ": " and the server's text, or nothing.
+  /// A colon and the server's text, or nothing.
   std::string message;
   /// Status or store code.
   std::string code;
 };
 
-Values valuesOf(const QuillbayCloudError& error, const std::string& subject) {
+Values valuesOf(const QuillbayCloudError& error, const std::string& subject,
+                const std::string& colon) {
   Values values{.subject = subject, .message = {}, .code = {}};
-  std::string message;
   if (const auto* aws = error.as<QuillbayCloudError::Aws>()) {
-    message = plainLine(aws->error.message());
+    values.message = plainLine(aws->error.message());
     values.code = plainLine(aws->error.type());
   } else if (const auto* refusal = error.as<QuillbayCloudError::Webservice>()) {
-    message = plainLine(refusal->localizedMessage);
+    values.message = plainLine(refusal->localizedMessage);
     values.code = std::to_string(refusal->status);
   }
-  if (!message.empty()) values.message = ": " + message;
+  if (!values.message.empty()) values.message.insert(0, colon);
   return values;
 }
 
@@ -321,11 +320,12 @@ FailureAdvice FailureAdvice::of(const QuillbayCloudError& error, const FailureCo
 
   const CauseRow& row = rowOf(causeOf(inner, context));
   const platform::StringTable& table = tableFor(audience);
-  const Values values = valuesOf(inner, context.subject);
+  const std::string colon = table.localized("clause.colon");
+  const Values values = valuesOf(inner, context.subject, colon);
   const auto* underlying = inner.as<QuillbayCloudError::Underlying>();
   const platform::ErrorPtr reason = underlying ? underlying->error : context.transportError;
   return {.cause = row.cause,
-          .whatFailed = filled(table.localized(headlineKey(row, context.step)), values) + ": " +
+          .whatFailed = filled(table.localized(headlineKey(row, context.step)), values) + colon +
                         filled(table.localized(std::string(row.key) + ".what"), values),
           .whatToDo = filled(adviceText(row, audience), values),
           .detail = reason ? plainLine(reason->description()) : "",
@@ -336,7 +336,7 @@ std::string_view nameOf(FailureCause cause) { return rowOf(cause).key; }
 
 std::string sentence(std::string clause) {
   if (clause.empty()) return clause;
-  clause.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(clause.front())));
+  clause = capitalized(clause);
   if (!clause.ends_with('.')) clause += '.';
   return clause;
 }

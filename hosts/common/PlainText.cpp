@@ -165,6 +165,17 @@ std::string byteCountText(std::uint64_t byteCount) {
   return buffer.data();
 }
 
+std::string capitalized(std::string_view text) {
+  if (text.empty()) return {};
+  const CodePoint first = firstCodePoint(text);
+  if (!first.valid) return std::string(text);
+  std::array<utf8proc_uint8_t, 4> capital{};
+  const auto byteCount = utf8proc_encode_char(
+      utf8proc_toupper(static_cast<utf8proc_int32_t>(first.value)), capital.data());
+  std::string result(capital.begin(), capital.begin() + byteCount);
+  return result.append(text.substr(first.byteCount));
+}
+
 std::string durationText(std::chrono::seconds duration) {
   const long long total = duration.count() < 0 ? 0 : duration.count();
   std::array<char, 64> buffer{};

@@ -37,6 +37,9 @@ std::string shortened(const std::string& text, std::size_t columnCount);
 /// the pages behind the links write them.
 std::string byteCountText(std::uint64_t byteCount);
 
+/// `text` with a capital as its first letter. Empty for an empty text.
+std::string capitalized(std::string_view text);
+
 /// "0:07", "12:34", "1:02:03".
 std::string durationText(std::chrono::seconds duration);
 

@@ -5,10 +5,19 @@
 #include "QuillbayDesktopStrings.h"
 
 namespace quillbay::desktop {
+namespace {
 
-QString localized(const char* key) {
+const platform::StringTable& table() {
   static const platform::StringTable table(strings::QuillbayDesktop());
-  return QString::fromStdString(table.localized(key));
+  return table;
+}
+
+}  // namespace
+
+QString localized(const char* key) { return QString::fromStdString(table().localized(key)); }
+
+QString localized(const char* key, std::int64_t number) {
+  return QString::fromStdString(table().localized(key, number));
 }
 
 }  // namespace quillbay::desktop

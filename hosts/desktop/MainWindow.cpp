@@ -113,7 +113,7 @@ void MainWindow::showProblems(const QStringList& problems) {
   if (problems.isEmpty()) return;
   QStringList shown = problems.first(qMin(problems.size(), kMostProblemsShown));
   const qsizetype hidden = problems.size() - shown.size();
-  if (hidden > 0) shown.append(localized("problem.more").arg(hidden));
+  if (hidden > 0) shown.append(localized("problem.more", hidden).arg(hidden));
   dialogs_.tell(localized("problem.title"), shown.join('\n'));
 }
 
@@ -334,7 +334,7 @@ void MainWindow::terminate() {
 
 QString MainWindow::lastWords() const {
   if (!isTerminating_ || !run_) return {};
-  if (hasUnseenLink()) return localized("notice.done") + ": " + link();
+  if (hasUnseenLink()) return localized("notice.done.link").arg(link());
   if (run_->sessionFate() != Fate::perhapsThere) return {};
   const auto leftover = leftoverNotice(link());
   return leftover.title + " " + leftover.text;

@@ -6,6 +6,7 @@ namespace quillbay::desktop {
 namespace {
 
 constexpr int kNarrowestWidth = 240;
+constexpr int kNarrowestStretch = 120;
 
 }  // namespace
 
@@ -36,7 +37,18 @@ QSize RowsView::minimumSizeHint() const {
 QSize RowsView::sizeOf(int rows) const {
   const int rowHeight = qMax(sizeHintForRow(0), fontMetrics().height());
   const int headerHeight = isHeaderHidden() ? 0 : header()->sizeHint().height();
-  return {kNarrowestWidth, headerHeight + (qMax(rows, 1) * rowHeight) + (2 * frameWidth())};
+  return {narrowestWidth(), headerHeight + (qMax(rows, 1) * rowHeight) + (2 * frameWidth())};
+}
+
+int RowsView::narrowestWidth() const {
+  int width = 2 * frameWidth();
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    if (isColumnHidden(column)) continue;
+    const bool isStretched = header()->sectionResizeMode(column) == QHeaderView::Stretch;
+    const int headerWidth = isHeaderHidden() ? 0 : header()->sectionSizeHint(column);
+    width += isStretched ? kNarrowestStretch : qMax(sizeHintForColumn(column), headerWidth);
+  }
+  return qMax(width, kNarrowestWidth);
 }
 
 }  // namespace quillbay::desktop

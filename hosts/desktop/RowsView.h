@@ -8,8 +8,8 @@ namespace quillbay::desktop {
 /// shortened in the middle. Main thread only.
 class RowsView : public QTreeView {
  public:
-  /// `model` outlives the view. `stretchedColumn` takes the room that the others leave. Higher than
-  /// `mostRows` rows it never wants to be.
+  /// `model` outlives the view. `stretchedColumn` takes the room that the others leave, and there
+  /// is always some. Higher than `mostRows` rows it never wants to be.
   RowsView(QAbstractItemModel& model, int stretchedColumn, int mostRows);
 
   QSize sizeHint() const override;
@@ -17,6 +17,7 @@ class RowsView : public QTreeView {
 
  private:
   QSize sizeOf(int rows) const;
+  int narrowestWidth() const;
 
   const int mostRows_;
 };

@@ -294,9 +294,9 @@ QString RunPage::detailText() const {
 
 QString RunPage::uploadText() const {
   QStringList parts;
-  const std::size_t fileCount = run_.files().count();
+  const auto fileCount = static_cast<qint64>(run_.files().count());
   if (fileCount > 1) {
-    parts.append(localized("run.files").arg(run_.arrivedFileCount()).arg(fileCount));
+    parts.append(localized("run.files", fileCount).arg(run_.arrivedFileCount()).arg(fileCount));
   }
   const auto speed = static_cast<std::uint64_t>(run_.estimate().speed());
   if (speed > 0) parts.append(localized("run.speed").arg(byteCountText(speed)));

@@ -46,24 +46,25 @@ QString shownShortName(const std::string& name) {
   return text.first(kLongestName / 2) + "…" + text.last((kLongestName / 2) - 1);
 }
 
-QString quotedName(const std::string& name) { return QLocale().quoteString(shownShortName(name)); }
-
 QString byteCountText(std::uint64_t byteCount) {
   if (byteCount == 1) return localized("files.bytes.one");
-  if (byteCount < 1000) return localized("files.bytes.many").arg(byteCount);
-  return QLocale().formattedDataSize(static_cast<qint64>(byteCount), 1, QLocale::DataSizeSIFormat);
+  const auto number = static_cast<qint64>(byteCount);
+  if (byteCount < 1000) return localized("files.bytes.many", number).arg(number);
+  return QLocale().formattedDataSize(number, 1, QLocale::DataSizeSIFormat);
 }
 
 QString extentText(std::size_t fileCount, std::uint64_t byteCount) {
   const QString size = byteCountText(byteCount);
   if (fileCount == 1) return localized("files.extent.one").arg(size);
-  return localized("files.extent.many").arg(fileCount).arg(size);
+  const auto number = static_cast<qint64>(fileCount);
+  return localized("files.extent.many", number).arg(number).arg(size);
 }
 
 QString filesText(const QString& first, std::size_t fileCount, std::uint64_t byteCount) {
   const QString size = byteCountText(byteCount);
   if (fileCount == 1) return localized("files.one").arg(first, size);
-  return localized("files.many").arg(first, QString::number(fileCount - 1), size);
+  const auto others = static_cast<qint64>(fileCount - 1);
+  return localized("files.many", others).arg(first, QString::number(others), size);
 }
 
 QString adviceText(const host::FailureAdvice& advice) {

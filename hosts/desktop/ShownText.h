@@ -22,9 +22,6 @@ QString shownName(const std::string& name);
 /// The same in at most 60 characters, shortened in the middle: for names within a sentence.
 QString shownShortName(const std::string& name);
 
-/// The short name in the language's quotation marks.
-QString quotedName(const std::string& name);
-
 /// "1 byte", "999 bytes", "1.2 kB", in the program's language.
 QString byteCountText(std::uint64_t byteCount);
 

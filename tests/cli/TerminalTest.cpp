@@ -85,7 +85,7 @@ TEST_F(OnTerminal, thePasswordStaysHiddenAfterAStop) {
 }
 
 TEST_F(OnTerminal, aPasswordTypedOnStandardInputDoesNotShow) {
-  const auto program = start("quillbay share --password-file - file <>/dev/tty 2>/dev/tty");
+  const auto program = start("quillbay share --password-file - file </dev/tty 2>/dev/tty");
   ASSERT_TRUE(program->waitToShow("The password: "));
   EXPECT_FALSE(program->terminalEchoes());
   program->type("sesame\n");

@@ -1,6 +1,4 @@
 #include <QuillbayCore/DateExpirationOption.h>
-#include <QuillbayCore/Localized.h>
-#include <QuillbayPlatform/StringTable.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -54,20 +52,6 @@ TEST(DateExpirationOption, TheClosestIsTheNearestInTimeAndNeverIsForDatesThatNev
     EXPECT_EQ(Option::closest(option.date(now), now), option);
     EXPECT_EQ(Option::closest(option.date()), option);
   }
-}
-
-TEST(DateExpirationOption, EveryUnitHasAFormatForOneNumberInEveryLanguage) {
-  for (const char* language : {"en", "de"}) {
-    platform::setPreferredLanguages({language});
-    for (const char* key : {"date.minutes", "date.hours", "date.days", "date.months"}) {
-      SCOPED_TRACE(key);
-      const std::string format = Localized(key);
-      EXPECT_NE(format, key) << language;
-      EXPECT_EQ(std::ranges::count(format, '%'), 1) << language;
-      EXPECT_NE(format.find("%d"), std::string::npos) << language;
-    }
-  }
-  platform::setPreferredLanguages({});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QTreeView>
 
 #include "DesktopTest.h"
+#include "Languages.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -98,7 +99,7 @@ TEST_F(FormPageTest, ReturnSharesFromTheControlsAroundTheSheetAndSpacePressesThe
 }
 
 TEST_F(FormPageTest, EveryButtonHasALetterOfItsOwn) {
-  for (const char* const language : {"en", "de"}) {
+  for (const char* const language : test::kLanguages) {
     platform::setPreferredLanguages({language});
     open({first_});
     for (const char* const page : {"files.add", "run.close", "shares.continue"}) {

@@ -5,10 +5,8 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QProcess>
-#include <QTranslator>
 
 #include "DesktopTest.h"
-#include "hosts/desktop/Language.h"
 #include "hosts/desktop/Notifications.h"
 
 namespace quillbay::desktop {
@@ -46,26 +44,6 @@ TEST_F(SystemTest, ASignalEndsTheProgramInOrder) {
   program.terminate();
   ASSERT_TRUE(program.waitForFinished(10'000));
   EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-}
-
-TEST_F(SystemTest, EverythingIsInOneLanguage) {
-  // The first text is ours, the second one Qt's.
-  const std::tuple<std::vector<std::string>, QString, QString, QString> rows[] = {
-      {{"fr_FR"}, "Close", "Cancel", "."},
-      {{"ar"}, "Close", "Cancel", "."},
-      {{"fr", "de_AT", "en"}, "Schließen", "Abbrechen", ","}};
-  const QLocale before;
-  for (const auto& [preferred, close, cancel, decimalPoint] : rows) {
-    SCOPED_TRACE(preferred.front());
-    platform::setPreferredLanguages(preferred);
-    QTranslator translator;
-    applyLanguage(translator);
-    EXPECT_EQ(localized("run.close").remove('&'), close);
-    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), cancel);
-    EXPECT_EQ(QGuiApplication::layoutDirection(), Qt::LeftToRight);
-    EXPECT_EQ(QLocale().decimalPoint(), decimalPoint);
-  }
-  QLocale::setDefault(before);
 }
 
 /// What a desktop offers to programs, seen from its side of the bus.

@@ -8,6 +8,8 @@
 
 #include <set>
 
+#include "Languages.h"
+
 namespace quillbay::host {
 namespace {
 
@@ -118,24 +120,38 @@ const std::tuple<CloudError, FailureContext, Cause, const char*> kRows[] = {
 };
 
 TEST(FailureAdvice, namesTheCauseOfEveryFailureInEveryLanguage) {
-  platform::setPreferredLanguages({"de"});
   std::set<Cause> causes;
   for (const auto& [error, context, cause, shown] : kRows) {
     const auto advice = FailureAdvice::of(error, context, FailureAudience::terminal);
     EXPECT_EQ(advice.cause, cause) << advice.whatFailed;
     EXPECT_THAT(advice.whatFailed, HasSubstr(shown));
-    const auto german = FailureAdvice::of(error, context, FailureAudience::window);
-    for (const auto& text :
-         {advice.whatFailed, advice.whatToDo, german.whatFailed, german.whatToDo}) {
-      EXPECT_THAT(text, Not(ContainsRegex("[.]what|[.]do|step[.]")));
+    for (const std::string language : test::kLanguages) {
+      platform::setPreferredLanguages({language});
+      const auto window = FailureAdvice::of(error, context, FailureAudience::window);
+      for (const auto& text :
+           {advice.whatFailed, advice.whatToDo, window.whatFailed, window.whatToDo}) {
+        EXPECT_THAT(text, Not(ContainsRegex("[.]what|[.]do|step[.]")));
+      }
+      if (language == "en") continue;
+      EXPECT_NE(advice.whatFailed, window.whatFailed);
+      EXPECT_NE(advice.whatToDo, window.whatToDo);
     }
-    EXPECT_NE(advice.whatFailed, german.whatFailed);
-    EXPECT_NE(advice.whatToDo, german.whatToDo);
     causes.insert(advice.cause);
   }
   EXPECT_EQ(nameOf(Cause::connectionLost), "connection-lost");
   EXPECT_EQ(causes.size(), static_cast<std::size_t>(Cause::missingItems) + 1);
   platform::setPreferredLanguages({});
+}
+
+TEST(FailureAdvice, followsTheRulesOfTheLanguageForColonsAndCapitals) {
+  platform::setPreferredLanguages({"fr"});
+  const auto error = refusal(507, "Full");
+  const auto advice = FailureAdvice::of(error, at(creatingSession), FailureAudience::window);
+  EXPECT_THAT(advice.whatFailed, HasSubstr("session\u00a0: le service est en panne\u00a0: Full"));
+  platform::setPreferredLanguages({});
+  EXPECT_EQ(sentence("\u017ale"), "\u0179le.");
+  EXPECT_EQ(sentence("a \xff."), "A \xff.");
+  EXPECT_EQ(sentence("\xff"), "\xff.");
 }
 
 TEST(FailureAdvice, tellsOfOptionsOnTheCommandLineOnly) {

@@ -15,7 +15,7 @@ namespace quillbay::test {
 class ChildProcess {
  public:
   /// `command` is one simple command as a shell reads it in `folder`: "NAME=value"s, the program,
-  /// arguments, and redirections, of which "<>/dev/tty" and "2>/dev/tty" lead to the terminal. The
+  /// arguments, and redirections, of which "</dev/tty" and "2>/dev/tty" lead to the terminal. The
   /// process has no other variables than PATH, TERM, the locale and those of the sanitizers. It
   /// reads `input`, and the program takes the shell's place, so that signals reach it.
   ChildProcess(const std::filesystem::path& folder, const std::string& command,

@@ -1,6 +1,7 @@
 
 #include <QAccessible>
 
+#include "Languages.h"
 #include "ShareSheetTest.h"
 
 namespace quillbay::cloud {
@@ -72,7 +73,7 @@ TEST_F(AccessibilityTest, TabGoesThroughAllEnabledControlsInOrderAndBack) {
 }
 
 TEST_F(AccessibilityTest, EveryLetterLeadsToOneControlAlone) {
-  for (const char* language : {"en", "de"}) {
+  for (const char* const language : test::kLanguages) {
     SCOPED_TRACE(language);
     platform::setPreferredLanguages({language});
     create();

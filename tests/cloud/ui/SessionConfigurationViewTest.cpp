@@ -92,6 +92,16 @@ TEST_F(SessionConfigurationViewTest, AFrameIsAroundTheFormAndNoneAroundItsFields
   }
 }
 
+TEST_F(SessionConfigurationViewTest, UnitsTakeTheFormOfTheirNumber) {
+  platform::setPreferredLanguages({"pl"});
+  create();
+  QStringList texts;
+  const QComboBox& menu = form().linkExpirationButton();
+  for (int index = 0; index < menu.count(); ++index) texts.append(menu.itemText(index));
+  EXPECT_EQ(texts, QStringList({"30 minut", "2 godziny", "24 godziny", "7 dni", "30 dni",
+                                "12 miesięcy", "Nigdy"}));
+}
+
 TEST_F(SessionConfigurationViewTest, TheMenusOfferTheirChoicesAndDoNotChangeByScrollingOverThem) {
   show();
   const std::pair<QComboBox&, QStringList> rows[] = {
