@@ -69,6 +69,7 @@ std::expected<FileHandle, ErrorPtr> FileHandle::openForReading(const URL& fileUR
   struct stat status;
   if (::fstat(descriptor, &status) != 0) return fileError(kOperation, file.path_, errno);
   if (!S_ISREG(status.st_mode)) return fileError(kOperation, file.path_, kNotRegular);
+  file.initialByteCount_ = static_cast<std::uint64_t>(status.st_size);
   return file;
 }
 
@@ -89,12 +90,6 @@ std::expected<std::size_t, ErrorPtr> FileHandle::read(std::span<std::byte> buffe
 bool FileHandle::seek(std::uint64_t offset) {
   if (offset > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) return false;
   return ::lseek(descriptor_, static_cast<off_t>(offset), SEEK_SET) >= 0;
-}
-
-std::expected<std::uint64_t, ErrorPtr> FileHandle::byteCount() const {
-  struct stat status;
-  if (::fstat(descriptor_, &status) != 0) return fileError("measure", path_, errno);
-  return static_cast<std::uint64_t>(status.st_size);
 }
 
 // NOLINTNEXTLINE(readability-make-member-function-const): changes how the file is read.

@@ -45,10 +45,13 @@ class FileHandle {
   static std::expected<FileHandle, ErrorPtr> openForReading(const URL& fileURL);
 
   FileHandle(FileHandle&& other) noexcept
-      : descriptor_(std::exchange(other.descriptor_, -1)), path_(std::move(other.path_)) {}
+      : descriptor_(std::exchange(other.descriptor_, -1)),
+        path_(std::move(other.path_)),
+        initialByteCount_(other.initialByteCount_) {}
   FileHandle& operator=(FileHandle&& other) noexcept {
     std::swap(descriptor_, other.descriptor_);
     std::swap(path_, other.path_);
+    std::swap(initialByteCount_, other.initialByteCount_);
     return *this;
   }
   ~FileHandle();
@@ -60,8 +63,8 @@ class FileHandle {
   /// Moves to `offset` bytes from the file's beginning.
   bool seek(std::uint64_t offset);
 
-  /// Size in bytes at this moment.
-  std::expected<std::uint64_t, ErrorPtr> byteCount() const;
+  /// Size in bytes when the file was opened.
+  std::uint64_t initialByteCount() const { return initialByteCount_; }
 
   /// Tells the system that the file will be read once from beginning to end.
   void adviseSequential();
@@ -71,6 +74,7 @@ class FileHandle {
 
   int descriptor_;
   std::string path_;
+  std::uint64_t initialByteCount_ = 0;
 };
 
 }  // namespace quillbay::platform

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <ranges>
 
 namespace quillbay::platform {
 namespace {
@@ -160,6 +161,21 @@ std::string encodingInvalid(std::string_view text) {
   return joined(components);
 }
 
+/// By hand: std::filesystem::path makes a path object of every component, which for a list of many
+/// small files takes a tenth of the time of their fingerprints.
+std::string fileURLText(std::string_view absolutePath) {
+  std::string text = "file://";
+  text.reserve(text.size() + absolutePath.size() + 1);
+  const std::size_t pathStart = text.size();
+  for (const auto part : std::views::split(absolutePath, '/')) {
+    const std::string_view component(part.begin(), part.end());
+    if (component.empty() || component == ".") continue;
+    text.append("/").append(percentEncoded(component, kPathCharacters));
+  }
+  if (absolutePath.ends_with('/') || text.size() == pathStart) text += '/';
+  return text;
+}
+
 }  // namespace
 
 std::optional<URL> URL::parse(std::string_view text) {
@@ -173,16 +189,11 @@ std::optional<URL> URL::parseEncodingInvalid(std::string_view text) {
 }
 
 URL URL::fileURL(const std::filesystem::path& path) {
+  if (path.is_absolute()) return URL(fileURLText(path.native()));
   std::error_code error;
   std::filesystem::path absolute = std::filesystem::absolute(path, error);
   if (error) absolute = "/" / path;
-  std::string text = "file://";
-  for (const auto& component : absolute.relative_path()) {
-    if (component == ".") continue;
-    text.append("/").append(percentEncoded(component.native(), kPathCharacters));
-  }
-  if (text.ends_with("//")) text += '/';
-  return URL(std::move(text));
+  return URL(fileURLText(absolute.native()));
 }
 
 std::string URL::scheme() const {

@@ -16,11 +16,8 @@ std::expected<UploadBody, ErrorPtr> UploadBody::open(
     const URL& fileURL, std::optional<std::uint64_t> announcedByteCount) {
   auto file = FileHandle::openForReading(fileURL);
   if (!file) return std::unexpected(std::move(file.error()));
-  const auto size = file->byteCount();
-  if (!size) return std::unexpected(size.error());
-
-  const std::uint64_t byteCount = announcedByteCount.value_or(*size);
-  if (*size < byteCount) return std::unexpected(shortened(fileURL));
+  const std::uint64_t byteCount = announcedByteCount.value_or(file->initialByteCount());
+  if (file->initialByteCount() < byteCount) return std::unexpected(shortened(fileURL));
   file->adviseSequential();
   return UploadBody(std::move(*file), fileURL, byteCount);
 }

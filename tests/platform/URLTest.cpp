@@ -45,7 +45,8 @@ TEST(URL, FileURLsCarryEveryByteOfAPathAndOneFileHasOne) {
   for (int byte = 1; byte < 256; ++byte) {
     if (byte != '/') everyByte += static_cast<char>(byte);
   }
-  for (const std::string& path : {everyByte, std::string("/a/../b"), std::string("/a/")}) {
+  for (const std::string& path :
+       {everyByte, std::string("/a/../b"), std::string("/a/"), std::string("/")}) {
     const URL url = URL::fileURL(path);
     EXPECT_TRUE(url.isFileURL());
     EXPECT_EQ(url.path(), path);
@@ -54,6 +55,8 @@ TEST(URL, FileURLsCarryEveryByteOfAPathAndOneFileHasOne) {
   const auto folder = std::filesystem::current_path();
   EXPECT_EQ(URL::fileURL("./a"), URL::fileURL(folder / "a"));
   EXPECT_EQ(URL::fileURL(folder.native() + "//a"), URL::fileURL(folder / "a"));
+  EXPECT_EQ(URL::fileURL("//a/./b//"), URL::fileURL("/a/b/"));
+  EXPECT_EQ(URL::fileURL("/./"), URL::fileURL("/"));
 }
 
 TEST(URL, ResolvesReferencesAsTheStandardsExamplesDo) {

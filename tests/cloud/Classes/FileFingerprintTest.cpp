@@ -1,5 +1,6 @@
 #include <QuillbayCloud/Classes/FileFingerprint.h>
 #include <QuillbayPlatform/DispatchQueue.h>
+#include <QuillbayPlatform/SHA256.h>
 #include <sys/inotify.h>
 
 #include <climits>
@@ -42,6 +43,14 @@ TEST_F(FileFingerprintTest, IsTheSHA256OfTheWholeContent) {
   for (const auto& [byteCount, digest] : rows) {
     files.push_back(file(std::to_string(byteCount), std::string(byteCount, 'a')));
     expected[files.back()] = digest;
+  }
+  // A file of the system: it tells no size, and a read gives a page at most.
+  const std::string text = readFile("/proc/kallsyms");
+  if (!text.empty()) {
+    platform::SHA256 hash;
+    hash.update(std::as_bytes(std::span(text)));
+    files.push_back(URL::fileURL("/proc/kallsyms"));
+    expected[files.back()] = platform::lowercaseHexadecimal(hash.finalize().value());
   }
   const auto fingerprint = FileFingerprint::create(files);
   FileFingerprint::Fingerprints result;
