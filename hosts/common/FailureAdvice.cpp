@@ -329,6 +329,7 @@ FailureAdvice FailureAdvice::of(const QuillbayCloudError& error, const FailureCo
                         filled(table.localized(std::string(row.key) + ".what"), values),
           .whatToDo = filled(adviceText(row, audience), values),
           .detail = reason ? plainLine(reason->description()) : "",
+          .isUncertain = (row.traits & kUncertain) != 0,
           .isWorthRetrying = mayPass(row, context.step)};
 }
 
