@@ -143,6 +143,8 @@ FailureCause causeOfTransfer(URLError::Code code, const NetworkOptions& network)
       return network.connectTo.empty() ? FailureCause::connectionRefused
                                        : FailureCause::routeFailed;
     case Code::secureConnectionFailed:
+      return FailureCause::tlsFailed;
+    case Code::serverCertificateUntrusted:
       return network.caBundlePath.empty() ? FailureCause::tlsFailed
                                           : FailureCause::ownAuthoritiesFailed;
     case Code::networkConnectionLost:
