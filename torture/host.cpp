@@ -15,8 +15,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <iterator>
 #include <latch>
+#include <optional>
+#include <sstream>
 #include <string_view>
 #include <thread>
 
@@ -39,9 +43,11 @@ std::vector<platform::URL>& files = *new std::vector<platform::URL>;
 
 const pid_t mainProcess = ::getpid();
 
-auto threadCount() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+auto countEntries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
 }
+
+auto threadCount() { return countEntries("/proc/self/task"); }
 
 const char* name(const cloud::QuillbayCloudError& error) {
   constexpr const char* kNames[] = {
@@ -217,6 +223,63 @@ void runShort(int count) {
   if (next.outcome != kSuccess) ::_exit(notRecovered);
 }
 
+/// An outcome that may come only once.
+class Outcome {
+ public:
+  template <class Result>
+  void note(const Result& result) {
+    if (text_ != nullptr) ::_exit(endedTwice);
+    text_ = result ? kSuccess : name(result.error());
+  }
+  const char* await() const {
+    if (!platform::runMainQueue([this] { return text_ != nullptr; }, kBound)) ::_exit(endedNever);
+    Share::runMainQueueFor(std::chrono::milliseconds(1));  // for a second outcome
+    return text_;
+  }
+
+ private:
+  const char* text_ = nullptr;
+};
+
+std::size_t residentKibibyteCount() {
+  std::ifstream file("/proc/self/statm");
+  std::size_t all = 0;
+  std::size_t resident = 0;
+  file >> all >> resident;
+  return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+/// Carries orders out until the input ends: "share", "resume" and "delete", a line each. Prints a
+/// line each: the outcome, the session, and how much memory and how many descriptors there are.
+void obey(int /*number*/) {
+  std::optional<cloud::Session> session;
+  for (std::string order; std::getline(std::cin, order);) {
+    const auto outcome = std::make_shared<Outcome>();
+    const auto note = [outcome](const auto& result) { outcome->note(result); };
+    const auto controller = cloud::SessionController::create(
+        {std::getenv("TORTURE_INSTANCE"), files}, cloud::SessionConfiguration::default_());
+    if (order == "share") {
+      session.reset();
+      controller->createSession([&](const cloud::Session& created) { session = created; }, note);
+    } else if (order == "resume") {
+      controller->resumeSession(*session, {}, note);
+    } else {
+      cloud::SessionController::deleteSession(session->identifier(),
+                                              controller->context().instanceIdentifier(),
+                                              session->token().value_or(""), note);
+    }
+    std::cout << outcome->await() << ' ' << (session ? session->identifier() : "-") << ' '
+              << residentKibibyteCount() << ' ' << countEntries("/proc/self/fd") << std::endl;
+  }
+}
+
+std::vector<std::string> routesIn(const char* list) {
+  std::vector<std::string> routes;
+  std::istringstream parts(list);
+  for (std::string part; std::getline(parts, part, ',');) routes.push_back(part);
+  return routes;
+}
+
 struct Mode {
   std::string_view name;
   void (*run)(int number);
@@ -239,6 +302,7 @@ constexpr Mode kModes[] = {
     {"cancel", at<cancel>},
     {"threads", runShort<test::ThreadLimit>},
     {"descriptors", runShort<test::DescriptorLimit>},
+    {"obey", obey},
 };
 
 }  // namespace
@@ -251,7 +315,7 @@ int main(int argumentCount, char** arguments) {
   const char* route = std::getenv("QUILLBAY_CONNECT_TO");
   const char* authority = std::getenv("QUILLBAY_CACERT");
   if (route == nullptr || authority == nullptr) return wrongUsage;
-  platform::NetworkSettings::set({{route}, authority, ""});
+  platform::NetworkSettings::set({routesIn(route), authority, ""});
   if (threadCount() != 1) return tooEager;
   for (int i = 3; i < argumentCount; ++i) files.push_back(platform::URL::fileURL(arguments[i]));
   std::atexit([] {

@@ -60,13 +60,14 @@ URLError::Code errorCode(CURLcode code) {
     case CURLE_COULDNT_CONNECT:
       return URLError::Code::cannotConnectToHost;
     case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_CIPHER:
+      return URLError::Code::secureConnectionFailed;
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_INVALIDCERTSTATUS:
-      return URLError::Code::secureConnectionFailed;
+      return URLError::Code::serverCertificateUntrusted;
     case CURLE_URL_MALFORMAT:
       return URLError::Code::unsupportedURL;
     // The address's protocol is known to be right: this is a reply without a status line.

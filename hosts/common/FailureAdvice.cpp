@@ -143,6 +143,8 @@ FailureCause causeOfTransfer(URLError::Code code, const NetworkOptions& network)
       return network.connectTo.empty() ? FailureCause::connectionRefused
                                        : FailureCause::routeFailed;
     case Code::secureConnectionFailed:
+      return FailureCause::tlsFailed;
+    case Code::serverCertificateUntrusted:
       return network.caBundlePath.empty() ? FailureCause::tlsFailed
                                           : FailureCause::ownAuthoritiesFailed;
     case Code::networkConnectionLost:
@@ -329,6 +331,7 @@ FailureAdvice FailureAdvice::of(const QuillbayCloudError& error, const FailureCo
                         filled(table.localized(std::string(row.key) + ".what"), values),
           .whatToDo = filled(adviceText(row, audience), values),
           .detail = reason ? plainLine(reason->description()) : "",
+          .isUncertain = (row.traits & kUncertain) != 0,
           .isWorthRetrying = mayPass(row, context.step)};
 }
 

@@ -90,6 +90,8 @@ struct FailureAdvice {
   std::string whatToDo;
   /// What developers want to know as well, in English; may be empty.
   std::string detail;
+  /// What was asked for may have been carried out, and the answer lost.
+  bool isUncertain = false;
   /// The cause may pass by itself, and trying again does no harm.
   bool isWorthRetrying = false;
 

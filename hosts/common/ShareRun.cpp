@@ -101,8 +101,11 @@ void ShareRun::sessionCreated(const Session& session) {
 void ShareRun::completed(const SessionResult& result) {
   if (phase_ == Phase::over) return;
   noteArrivals();
-  // The creation of a cancelled run has failed: nothing is left behind.
-  if (phase_ == Phase::cancelling) return end(SessionFate::none);
+  // The creation of a cancelled run has failed.
+  if (phase_ == Phase::cancelling) {
+    const bool mayBeMade = !result && failureOf(result.error()).advice.isUncertain;
+    return end(mayBeMade ? SessionFate::perhapsMade : SessionFate::none);
+  }
   if (!result) {
     Failure failure = failureOf(result.error());
     if (!scheduleRetry(failure)) fail(std::move(failure));

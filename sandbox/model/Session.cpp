@@ -85,7 +85,13 @@ void Session::store(std::size_t index, const std::filesystem::path& file, Stored
   // A new name each time: the journal line, not the file, decides which object counts.
   object.fileName = record_.items[index].identifier + "-" + randomText(8);
   std::filesystem::rename(file, objectPath(object.fileName));
-  appendToJournal(storedLine(index, object));
+  try {
+    appendToJournal(storedLine(index, object));
+  } catch (...) {
+    // In no line, it would take room that the disk needs.
+    std::filesystem::remove(objectPath(object.fileName));
+    throw;
+  }
   const auto replaced = std::exchange(items_[index].object, std::move(object));
   if (replaced) std::filesystem::remove(objectPath(replaced->fileName));
 }
@@ -164,7 +170,14 @@ void Session::applyJournalLine(std::string_view line) {
 
 void Session::appendToJournal(const std::string& line) const {
   const FileDescriptor journal = openFile(journalPath(), O_WRONLY | O_CREAT | O_APPEND);
-  writeAll(journal.get(), line, journalPath());
+  const off_t end = ::lseek(journal.get(), 0, SEEK_END);
+  try {
+    writeAll(journal.get(), line, journalPath());
+  } catch (...) {
+    // What a full disk has taken of the line would swallow the next one.
+    static_cast<void>(::ftruncate(journal.get(), end) == 0);
+    throw;
+  }
 }
 
 std::filesystem::path Session::objectPath(std::string_view fileName) const {

@@ -80,8 +80,9 @@ const std::tuple<CloudError, FailureContext, Cause, const char*> kRows[] = {
     {lost(Code::cannotFindHost), with(kProxy), proxyFailed, "no session was created"},
     {lost(Code::cannotConnectToHost), with(kProxy), proxyFailed, "no session was created"},
     {lost(Code::networkConnectionLost), with(kProxy), proxyConnectionLost, "not known"},
-    {lost(Code::secureConnectionFailed), at(creatingSession), tlsFailed, "no session was"},
-    {lost(Code::secureConnectionFailed), with(kAuthorities), ownAuthoritiesFailed, "TLS"},
+    {lost(Code::secureConnectionFailed), with(kAuthorities), tlsFailed, "no session was"},
+    {lost(Code::serverCertificateUntrusted), at(creatingSession), tlsFailed, "no session was"},
+    {lost(Code::serverCertificateUntrusted), with(kAuthorities), ownAuthoritiesFailed, "TLS"},
     {lost(Code::timedOut), at(creatingSession), timedOut, "not known whether the service"},
     {lost(Code::networkConnectionLost), at(creatingSession), connectionLost, "not known"},
     {lost(Code::timedOut), at(deletingSession), timedOut, "whether session '{code}' was"},
@@ -155,7 +156,7 @@ TEST(FailureAdvice, followsTheRulesOfTheLanguageForColonsAndCapitals) {
 }
 
 TEST(FailureAdvice, tellsOfOptionsOnTheCommandLineOnly) {
-  const auto error = lost(Code::secureConnectionFailed);
+  const auto error = lost(Code::serverCertificateUntrusted);
   const auto advice = FailureAdvice::of(error, with(kAuthorities), FailureAudience::terminal);
   EXPECT_THAT(advice.whatToDo, HasSubstr("--cacert"));
   EXPECT_EQ(advice.detail, "why");

@@ -293,6 +293,16 @@ TEST_F(ShareRunTest, ADeadlineEndsACleanUpWithoutAnAnswer) {
   EXPECT_EQ(remembered(), State::unfinished);
 }
 
+TEST_F(ShareRunTest, ACancelledCreationWithoutAReplyMayHaveMadeASession) {
+  const auto gate = service_.hold(Call::createSession, test::Reply::none());
+  start();
+  waitForCall(Call::createSession);
+  run_->cancel();
+  gate->open();
+  waitFor(Phase::over);
+  EXPECT_EQ(run_->sessionFate(), Fate::perhapsMade);
+}
+
 TEST_F(ShareRunTest, AnUnconfirmedDeletionSaysWhy) {
   service_.answer(Call::deleteSession, kGone);
   service_.answer(Call::store, kDenied);

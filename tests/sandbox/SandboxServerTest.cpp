@@ -1,4 +1,7 @@
 #include <ChildProcess.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "sandbox/http/ConnectionThreads.h"
 #include "sandbox/http/OpenConnections.h"
@@ -10,6 +13,25 @@ namespace quillbay::sandbox {
 namespace {
 
 using Server = RunningSandbox;
+
+auto countEntries(const std::filesystem::path& folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+/// While it lives, no file of this process grows beyond it.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t byteCount) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    ::getrlimit(RLIMIT_FSIZE, &previous_);
+    const rlimit limit = {byteCount, previous_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &previous_); }
+
+ private:
+  rlimit previous_;
+};
 
 TEST_F(Server, KeepsSessionsUploadsAndAuthorityOverARestart) {
   const json session =
@@ -49,14 +71,22 @@ TEST_F(Server, WritesNoTokenOrPasswordToDiskAndKeepsItsKeysToItself) {
 }
 
 TEST_F(Server, SurvivesAJournalLineThatWasCutShort) {
-  const json session = createSession({letter, letter});
+  const json session = createSession({letter, letter, letter});
   upload(session, 0, letter);
   const auto journal = folder_ / "sessions" / session["id"].get<std::string>() / "journal.jsonl";
   writeFileAtomically(journal, readFile(journal) + "{\"item\":1,\"fin");
   restart();
   upload(session, 1, letter);
+  {
+    const FileSizeLimit fullDisk(std::filesystem::file_size(journal) + 10);
+    EXPECT_EQ(outcome(put(uploadTarget(session, 2), letter)), "500 InternalError");
+    EXPECT_EQ(countEntries(journal.parent_path() / "objects"), 2);
+  }
+  upload(session, 2, letter);
   restart();
-  EXPECT_FALSE(client_->Get(linkOf(session))->body.contains("on its way"));
+  const auto page = client_->Get(linkOf(session));
+  EXPECT_EQ(page->status, 200);
+  EXPECT_FALSE(page->body.contains("on its way"));
 }
 
 TEST(SessionStore, FreesTheSpaceOfExpiredSessionsAndForgetsThemInTheEnd) {

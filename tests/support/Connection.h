@@ -32,6 +32,8 @@ class Connection {
   std::optional<Request> readHead();
   /// Reads at most `byteCount` further bytes of the announced body; returns how many.
   std::uint64_t readBody(std::uint64_t byteCount = all);
+  /// The latest request, as far as it has been read.
+  const Request& request() const { return request_; }
   /// Reads the next request with at most `bodyByteCount` bytes of its body, saying "100 Continue"
   /// if it expects that. Nothing if the client left before.
   std::optional<Request> readRequest(std::uint64_t bodyByteCount = all);

@@ -7,11 +7,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quillbay::test {
 
@@ -30,8 +31,9 @@ inline std::string patternedBytes(std::size_t byteCount) {
 }
 
 inline std::string readFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return std::move(bytes).str();
 }
 
 /// A new empty folder, removed with all it holds when destroyed (by the process that made it).
