@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -14,9 +15,9 @@ namespace {
 
 // Idle connections kept: enough for the service, the store and a change of address of either.
 constexpr long kMaximumConnectionCount = 16;
-// Starting and stopping wake the thread at once; a transfer on which nothing moves is looked at
-// this often.
-constexpr int kIdlePollMilliseconds = 60'000;
+// Starting and stopping wake the thread at once. Without a transfer nothing else should: each
+// wake-up costs power. A transfer on which nothing moves is looked at this often.
+constexpr int kIdlePollMilliseconds = std::numeric_limits<int>::max();
 constexpr int kActivePollMilliseconds = 500;
 
 constinit OnFirstUse<Engine> sharedEngine;
