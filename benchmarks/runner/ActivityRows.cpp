@@ -1,3 +1,4 @@
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Workbench.h"
 
 namespace quillbay::bench {
@@ -13,8 +14,8 @@ constexpr const char* kReasonIfMissed =
 Row observerRow(const Workbench& bench, const std::string& work, const Command& observed,
                 const Command& ignored) {
   const auto runs = bench.compare({{"observed", {observed}}, {"ignored", {ignored}}}, kRoundCount);
-  return ratioRow("Processor time of " + work + " with an observer of the activity",
-                  "the same without", kLimit, processorSeconds(runs[0], runs[1]), kReasonIfMissed);
+  return ratioRow(work + " with an observer, processor time", "the same without", kLimit,
+                  processorSeconds(runs[0], runs[1]), kReasonIfMissed);
 }
 
 Row shareRow(const Workbench& bench) {
@@ -25,7 +26,7 @@ Row shareRow(const Workbench& bench) {
     return share;
   };
   Row row =
-      observerRow(bench, "a share of 1,000 files of 4 KiB", command("observe"), command("ignore"));
+      observerRow(bench, "Share of 1,000 files of 4 KiB", command("observe"), command("ignore"));
   bench.server.takeCounts();
   return row;
 }
@@ -35,7 +36,7 @@ Row shareRow(const Workbench& bench) {
 std::vector<Row> activityRows(const Workbench& bench) {
   const std::string program = bench.program("bench-fingerprint");
   return {shareRow(bench),
-          observerRow(bench, "a fingerprint of 1 GiB", {program, "--observe", bench.files.large},
+          observerRow(bench, "Fingerprint of 1 GiB", {program, "--observe", bench.files.large},
                       {program, bench.files.large})};
 }
 

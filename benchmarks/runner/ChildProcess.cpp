@@ -41,12 +41,9 @@ class StreamActions {
 };
 
 pid_t spawn(const Command& command, const StreamActions& streams) {
-  std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const auto& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-  arguments.push_back(nullptr);
   pid_t pid = 0;
-  if (posix_spawnp(&pid, arguments[0], streams.get(), nullptr, arguments.data(), environ) != 0) {
+  if (posix_spawnp(&pid, command[0].c_str(), streams.get(), nullptr,
+                   argumentPointers(command).data(), environ) != 0) {
     fail("cannot start " + command[0]);
   }
   return pid;
@@ -73,6 +70,14 @@ double seconds(const timeval& time) {
 }
 
 }  // namespace
+
+std::vector<char*> argumentPointers(const Command& command) {
+  std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
+  for (const auto& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+  return arguments;
+}
 
 Usage runCommand(const Command& command, const std::filesystem::path& outputFile) {
   const StreamActions streams(outputFile);

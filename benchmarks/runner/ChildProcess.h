@@ -9,6 +9,9 @@ namespace quillbay::bench {
 /// A program, found like a shell does, and its arguments.
 using Command = std::vector<std::string>;
 
+/// What the system calls take, valid as long as the command.
+std::vector<char*> argumentPointers(const Command& command);
+
 /// What one run of a program took.
 struct Usage {
   double wallSeconds = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Workbench.h"
 #include "benchmarks/support/MainProgram.h"
 

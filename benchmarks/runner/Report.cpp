@@ -1,9 +1,6 @@
 #include "benchmarks/runner/Report.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iomanip>
-#include <sstream>
 
 namespace quillbay::bench {
 namespace {
@@ -13,41 +10,34 @@ constexpr double kCalmLoad = 1.5;
 
 constexpr const char* kIntroduction = R"(# Benchmarks
 
-`scripts/bench` installs what is missing, builds the `release` preset, makes its data in a temporary
-folder, starts a TLS server on loopback, measures, prints the table below and writes this page. It
-takes a few minutes, about 1.2 GiB of disk and 3 GiB of memory, and leaves nothing running.
-`scripts/bench --only WORD` prints the rows of one group (`fingerprint`, `upload`, `session`,
-`activity`, `memory`) and leaves this page alone.
+`scripts/bench` measures the library and its command against the programs and libraries that do the
+same work, and writes this page.
+
+## How to read it
 
 Every row compares two things in one run. They take turns, at least five times each after one
-unmeasured turn, and another one begins in every round. For times, *ratio* is the median of the
-ratios of the rounds, and *of minima* the ratio of the two best times; counts and sizes are exact.
-Less is better in every row, and a row is reached when the ratio is no greater than the limit.
+unmeasured turn, and another one begins in every round. *Ratio* is ours divided by theirs: of times
+the median of the rounds, and *best* divides the two best times; counts and sizes are exact. Less is
+better in every row, and a row is reached when its ratio is no greater than its limit. The reason for
+a row that is not reached follows its table.
 
-The server is `bench-server`: a sharing service with ready-made replies (a finalize reply holds the
-whole session, compressed for those who ask) and an object store that throws away what it gets. The
-files hold random bytes and are in the page cache. *Whole process* means a program from start to end,
-with its start-up; `quillbay share` runs as a user runs it, without a terminal.
+The server is `bench-server`: a sharing service with ready-made replies and an object store that throws
+away what it gets, over TLS on loopback. The files hold random bytes and are in the page cache.
+`quillbay` runs installed, as a user runs it, without a terminal.
+
+## How to repeat it
+
+`scripts/bench` installs what is missing, builds the `release` preset, makes its data in a temporary
+folder and leaves nothing running. It takes several minutes, about 1.2 GiB of disk and 3 GiB of memory.
+`scripts/bench --only WORD` prints one table and leaves this page alone; the word is beside the heading.
 )";
-
-std::string number(double value) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(value == std::floor(value) ? 0 : 2) << value;
-  return text.str();
-}
-
-std::string ratioText(double value) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(value < 0.1 ? 3 : 2) << value;
-  return text.str();
-}
 
 void writeMachine(std::ostream& page, const Machine& machine) {
   page << "\n## The machine of this run\n\n"
        << "- " << machine.processor << ", " << machine.coreCount
        << " cores, SHA instructions: " << (machine.hasShaInstructions ? "yes" : "no") << "; "
        << machine.memory << " of memory\n"
-       << "- " << machine.kernel << "; load when the run began: " << number(machine.load)
+       << "- " << machine.kernel << "; load when the run began: " << numberText(machine.load)
        << (machine.load > kCalmLoad ? ", so other work disturbed the times" : "") << '\n'
        << "- " << machine.compiler << ", `-O3`\n"
        << "- " << machine.curl << '\n'
@@ -55,35 +45,48 @@ void writeMachine(std::ostream& page, const Machine& machine) {
        << "- " << machine.coreutils << '\n';
 }
 
-void writeReasons(std::ostream& page, const std::vector<Row>& rows) {
-  if (std::ranges::all_of(rows, &Row::isReached)) return;
-  page << "\n## Rows not reached\n\n";
+/// The number of the row's reason among `reasons`, counted from 1; rows may share one.
+std::size_t reasonNumber(std::vector<std::string>& reasons, const Row& row) {
+  const std::string reason =
+      row.reasonIfMissed.empty() ? std::string("Not explained.") : row.reasonIfMissed;
+  const auto found = std::ranges::find(reasons, reason);
+  const auto index = static_cast<std::size_t>(found - reasons.begin());
+  if (found == reasons.end()) reasons.push_back(reason);
+  return index + 1;
+}
+
+void writeTable(std::ostream& page, const std::vector<Row>& rows) {
+  page << "\n| what | against | ratio | limit | reached | best | figures |\n"
+       << "|---|---|---|---|---|---|---|\n";
+  std::vector<std::string> reasons;
   for (const Row& row : rows) {
-    if (row.isReached()) continue;
-    page << "- " << row.work << ", against " << row.against << ": "
-         << (row.reasonIfMissed.empty() ? "not explained." : row.reasonIfMissed) << '\n';
+    page << "| " << row.work << " | " << row.against << " | " << row.valueText() << " | "
+         << row.limitText() << " | ";
+    if (row.isReached()) {
+      page << "yes";
+    } else {
+      page << "**no**, see " << reasonNumber(reasons, row);
+    }
+    page << " | " << (row.isOfTimes() ? ratioText(*row.ratioOfMinima) : "") << " | " << row.figures
+         << " |\n";
   }
+  if (!reasons.empty()) page << '\n';
+  for (std::size_t i = 0; i < reasons.size(); ++i) page << i + 1 << ". " << reasons[i] << '\n';
 }
 
 }  // namespace
 
-void writePage(std::ostream& page, const Machine& machine, const std::vector<Row>& rows) {
+void writePage(std::ostream& page, const Machine& machine,
+               const std::vector<MeasuredGroup>& groups) {
   page << kIntroduction;
   writeMachine(page, machine);
-  page << "\n## The table\n\n";
-  writeTable(page, rows);
-  writeReasons(page, rows);
+  writeGroups(page, groups);
 }
 
-void writeTable(std::ostream& page, const std::vector<Row>& rows) {
-  page << "| work | against | limit | ratio | of minima | figures | reached |\n"
-       << "|---|---|---|---|---|---|---|\n";
-  for (const Row& row : rows) {
-    const bool isTime = row.ratioOfMinima.has_value();
-    page << "| " << row.work << " | " << row.against << " | " << number(row.limit) << " | "
-         << (isTime ? ratioText(row.value) : number(row.value)) << " | "
-         << (isTime ? ratioText(*row.ratioOfMinima) : "") << " | " << row.figures << " | "
-         << (row.isReached() ? "yes" : "**no**") << " |\n";
+void writeGroups(std::ostream& page, const std::vector<MeasuredGroup>& groups) {
+  for (const auto& [group, rows] : groups) {
+    page << "\n## " << group->title << " (`" << group->name << "`)\n\n" << group->text << '\n';
+    writeTable(page, rows);
   }
 }
 

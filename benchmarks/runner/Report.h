@@ -3,16 +3,16 @@
 #include <ostream>
 #include <vector>
 
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Machine.h"
-#include "benchmarks/runner/Row.h"
 
 namespace quillbay::bench {
 
-/// Writes the page: how to run, what the columns mean, the machine, the table, and why rows were
-/// missed.
-void writePage(std::ostream& page, const Machine& machine, const std::vector<Row>& rows);
+/// Writes the page: how to run, what the columns mean, the machine, and the groups.
+void writePage(std::ostream& page, const Machine& machine,
+               const std::vector<MeasuredGroup>& groups);
 
-/// Writes the table alone.
-void writeTable(std::ostream& page, const std::vector<Row>& rows);
+/// Writes the table of each group, with the reasons for the rows that were missed.
+void writeGroups(std::ostream& page, const std::vector<MeasuredGroup>& groups);
 
 }  // namespace quillbay::bench

@@ -5,7 +5,7 @@
 
 namespace quillbay::bench {
 
-/// One line of the table.
+/// One line of a table.
 struct Row {
   std::string work;
   std::string against;
@@ -21,6 +21,14 @@ struct Row {
   std::string reasonIfMissed;
 
   bool isReached() const { return value <= limit; }
+  bool isOfTimes() const { return ratioOfMinima.has_value(); }
+  std::string valueText() const;
+  std::string limitText() const;
 };
+
+/// Whole, or with two decimal places.
+std::string numberText(double value);
+/// With two decimal places, or three if it is small.
+std::string ratioText(double value);
 
 }  // namespace quillbay::bench

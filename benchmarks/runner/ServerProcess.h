@@ -1,18 +1,15 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
+
+#include "benchmarks/runner/TalkingProcess.h"
 
 namespace quillbay::bench {
 
-/// The `bench-server` that all clients talk to. It ends with this object, and by itself when this
-/// program does.
+/// The `bench-server` that all clients talk to.
 class ServerProcess {
  public:
   struct HostCounts {
@@ -22,27 +19,21 @@ class ServerProcess {
   };
 
   ServerProcess(const std::filesystem::path& program, const std::filesystem::path& folder);
-  ~ServerProcess();
-  ServerProcess(const ServerProcess&) = delete;
-  ServerProcess& operator=(const ServerProcess&) = delete;
 
   const std::string& authorityFile() const { return authorityFile_; }
   /// The route to it, for curl's `--connect-to`.
   const std::string& route() const { return route_; }
+  /// A route on which it is a round trip away.
+  const std::string& longRoute() const { return longRoute_; }
 
   /// What it saw since the last call, by host.
   std::map<std::string, HostCounts> takeCounts();
 
  private:
-  using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-  std::string readLine();
-
   const std::string authorityFile_;
+  TalkingProcess process_;
   std::string route_;
-  Stream toServer_;
-  Stream fromServer_;
-  pid_t pid_ = -1;
+  std::string longRoute_;
 };
 
 }  // namespace quillbay::bench

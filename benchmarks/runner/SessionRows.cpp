@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Workbench.h"
 #include "benchmarks/support/Addresses.h"
 #include "benchmarks/support/MainProgram.h"
@@ -78,8 +79,8 @@ class ShareCheck {
 
   Row connectionRow() const {
     Row row;
-    row.work = "Connections that `quillbay share` of 1,000 files opens";
-    row.against = "two hosts, one each, and one for the create call";
+    row.work = "Connections for 1,000 files";
+    row.against = "one to each host, and one for the create call";
     row.limit = 3;
     row.value = static_cast<double>(service_ + store_);
     row.figures =
@@ -124,8 +125,7 @@ std::vector<Row> manyFilesRows(const Workbench& bench, const ReplyKind& kind, Sh
        {"libcurl loop", {loop}, [&](const auto&) { peers(); }},
        {"curl -K", {{"curl", "-K", config}}, [&](const auto&) { peers(); }}},
       kRoundCount);
-  const std::string work =
-      "`quillbay share` of 1,000 files of 4 KiB, three requests each, " + kind.name;
+  const std::string work = "`quillbay share` of 1,000 files of 4 KiB, " + kind.name;
   return {ratioRow(work, "a tight libcurl loop with the same requests, replies thrown away", 1.35,
                    wallSeconds(runs[0], runs[1]), kind.reasonIfMissed),
           ratioRow(work, "one `curl -K` with the same requests", 0.75,

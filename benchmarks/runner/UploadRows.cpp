@@ -1,6 +1,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Workbench.h"
 #include "benchmarks/support/Addresses.h"
 #include "benchmarks/support/MainProgram.h"
@@ -32,9 +33,9 @@ std::vector<Row> transferRows(const Workbench& bench) {
   const Contender curl = {
       "curl -T", {bench.curlUploadCommand(bench.files.large)}, expectUpload(bench)};
   const auto runs = bench.compare({uploader(bench), curl}, kRoundCount);
-  const std::string work = "Upload of 1 GiB over TLS to a discarding store";
-  return {ratioRow(work + ": wall time", "`curl -T`", 1.08, wallSeconds(runs[0], runs[1])),
-          ratioRow(work + ": processor time", "`curl -T`", 1.10, processorSeconds(runs[0], runs[1]),
+  const std::string work = "Upload of 1 GiB";
+  return {ratioRow(work + ", wall time", "`curl -T`", 1.08, wallSeconds(runs[0], runs[1])),
+          ratioRow(work + ", processor time", "`curl -T`", 1.10, processorSeconds(runs[0], runs[1]),
                    "From one run of this program to the next, this ratio differs by 0.08.")};
 }
 
@@ -67,8 +68,8 @@ class DeliveryCount {
 
   Row row() const {
     Row row;
-    row.work = "Progress deliveries while a file of 1 GiB is sent, most of any run";
-    row.against = "ten a second begun, and the final one";
+    row.work = "Deliveries of progress in an upload of 1 GiB, most of any run";
+    row.against = "ten in each second begun, and one at the end";
     row.limit = allowed_;
     row.value = count_;
     row.figures = "in " + secondsText(seconds_);
@@ -91,7 +92,7 @@ std::vector<Row> progressRows(const Workbench& bench) {
   };
   const auto runs = bench.compare({observed, uploader(bench)}, kObserverRoundCount);
   return {deliveries.row(),
-          ratioRow("Processor time of an upload of 1 GiB with a progress observer",
+          ratioRow("Upload of 1 GiB with an observer of the progress, processor time",
                    "the same without", 1.03, processorSeconds(runs[0], runs[1]))};
 }
 

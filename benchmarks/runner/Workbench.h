@@ -40,11 +40,4 @@ struct Workbench {
   std::filesystem::path outputFile() const { return folder / "output"; }
 };
 
-/// The rows of each group of the table.
-std::vector<Row> fingerprintRows(const Workbench& bench);
-std::vector<Row> uploadRows(const Workbench& bench);
-std::vector<Row> sessionRows(const Workbench& bench);
-std::vector<Row> memoryRows(const Workbench& bench);
-std::vector<Row> activityRows(const Workbench& bench);
-
 }  // namespace quillbay::bench

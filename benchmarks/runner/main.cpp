@@ -1,12 +1,12 @@
-// bench-runner --programs FOLDER --quillbay PROGRAM --folder FOLDER [--report FILE] [--only GROUP]:
-// measures everything, prints the table, and writes the page.
+// bench-runner --programs FOLDER --quillbay PROGRAM --folder FOLDER [--only GROUP] [--report FILE]:
+// measures, prints the tables, and writes the page.
 
-#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <utility>
+#include <ranges>
 
+#include "benchmarks/runner/Groups.h"
 #include "benchmarks/runner/Report.h"
 #include "benchmarks/runner/Workbench.h"
 #include "benchmarks/support/MainProgram.h"
@@ -18,7 +18,7 @@ using Options = std::map<std::string, std::string>;
 
 Options parseOptions(const std::vector<std::string>& arguments) {
   Options options = {
-      {"--programs", ""}, {"--quillbay", ""}, {"--folder", ""}, {"--report", ""}, {"--only", ""}};
+      {"--programs", ""}, {"--quillbay", ""}, {"--folder", ""}, {"--only", ""}, {"--report", ""}};
   for (std::size_t i = 0; i < arguments.size(); i += 2) {
     const auto option = options.find(arguments[i]);
     if (option == options.end() || i + 1 == arguments.size()) fail("unknown: " + arguments[i]);
@@ -27,25 +27,18 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
-std::vector<Row> measure(const Workbench& bench, const std::string& only) {
-  using Group = std::pair<const char*, std::vector<Row> (*)(const Workbench&)>;
-  std::vector<Row> rows;
-  bool known = false;
-  std::size_t memoryRowCount = 0;
-  // Memory first: what this program has used by then counts as its children's, too.
-  for (const auto& [name, measureGroup] :
-       {Group("memory", memoryRows), Group("fingerprint", fingerprintRows),
-        Group("upload", uploadRows), Group("session", sessionRows),
-        Group("activity", activityRows)}) {
-    if (!only.empty() && only != name) continue;
-    known = true;
-    std::cerr << "measuring: " << name << '\n';
-    for (auto& row : measureGroup(bench)) rows.push_back(std::move(row));
-    if (measureGroup == memoryRows) memoryRowCount = rows.size();
+std::vector<MeasuredGroup> measure(const Workbench& bench, const std::string& only) {
+  std::vector<MeasuredGroup> measured;
+  for (const Group& group : groups()) {
+    if (only.empty() || only == group.name) measured.push_back({&group, {}});
   }
-  if (!known) fail("no such group: " + only);
-  std::ranges::rotate(rows, rows.begin() + static_cast<std::ptrdiff_t>(memoryRowCount));
-  return rows;
+  if (measured.empty()) fail("no such group: " + only);
+  // Memory, the last, first: what this program has used by then counts as its children's, too.
+  for (auto& [group, rows] : measured | std::views::reverse) {
+    std::cerr << "measuring: " << group->name << '\n';
+    rows = group->measure(bench);
+  }
+  return measured;
 }
 
 void run(const std::vector<std::string>& arguments) {
@@ -60,11 +53,12 @@ void run(const std::vector<std::string>& arguments) {
                         makeDataFiles(folder),
                         describeMachine(folder / "output"),
                         server};
-  const auto rows = measure(bench, options["--only"]);
-  writeTable(std::cout, rows);
-  if (options["--report"].empty()) return;
-  std::ofstream page(options["--report"]);
-  writePage(page, bench.machine, rows);
+  const auto measured = measure(bench, options["--only"]);
+  writeGroups(std::cout, measured);
+  if (!options["--report"].empty()) {
+    std::ofstream page(options["--report"]);
+    writePage(page, bench.machine, measured);
+  }
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "benchmarks/server/Connection.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -44,8 +41,6 @@ std::uint64_t RequestHead::contentLength() const {
 
 Connection::Connection(SSL_CTX* context, int socket)
     : stream_(SSL_new(context)), socket_(socket), buffer_(kBufferByteCount) {
-  const int on = 1;
-  setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   SSL_set_fd(stream_.get(), socket_);
   if (SSL_accept(stream_.get()) == 1) return;
   close(socket_);

@@ -1,20 +1,18 @@
 // bench-server FOLDER: a sharing service and a discarding object store on loopback, over TLS. Keeps
-// its certificates in the folder; clients trust `ca.pem` there. Prints `port N` when it listens.
+// its certificates in the folder; clients trust `ca.pem` there. Prints `ports N M` when it listens:
+// by way of the second port, it is a round trip away.
 // The line `counts` on standard input prints what it saw since the last one, ended by a line `end`;
 // the end of standard input ends it.
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
-#include <thread>
 
 #include "benchmarks/server/CannedService.h"
 #include "benchmarks/server/Connection.h"
 #include "benchmarks/server/Counts.h"
+#include "benchmarks/server/DelayingRelay.h"
+#include "benchmarks/server/Listener.h"
 #include "benchmarks/support/Addresses.h"
 #include "benchmarks/support/MainProgram.h"
 #include "sandbox/tls/TlsIdentity.h"
@@ -22,7 +20,6 @@
 namespace quillbay::bench {
 namespace {
 
-constexpr int kBacklog = 128;
 constexpr std::string_view kStored =
     "HTTP/1.1 200 OK\r\nETag: \"9bb58f26192e4ba00f01e2e7b136bbd8\"\r\nContent-Length: 0\r\n\r\n";
 
@@ -57,39 +54,15 @@ void serve(Server& server, int socket) {
   }
 }
 
-int listenOnLoopback() {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (listener < 0 || bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listener, kBacklog) != 0) {
-    fail("cannot listen on loopback");
-  }
-  return listener;
-}
-
-int portOf(int listener) {
-  sockaddr_in address = {};
-  socklen_t size = sizeof address;
-  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
-  return ntohs(address.sin_port);
-}
-
-void acceptConnections(Server& server, int listener) {
-  for (;;) {
-    const int socket = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-    if (socket >= 0) std::thread(serve, std::ref(server), socket).detach();
-  }
-}
-
 void run(const std::vector<std::string>& arguments) {
   if (arguments.size() != 1) fail("usage: bench-server FOLDER");
   std::signal(SIGPIPE, SIG_IGN);
   Server server{sandbox::TlsIdentity(arguments[0]).serverContext(), {}, {}};
-  const int listener = listenOnLoopback();
-  std::thread(acceptConnections, std::ref(server), listener).detach();
-  std::cout << "port " << portOf(listener) << '\n' << std::flush;
+  const Listener near;
+  near.start([&server](int socket) { serve(server, socket); });
+  const Listener far;
+  far.start([port = near.port()](int socket) { relayWithDelay(socket, port); });
+  std::cout << "ports " << near.port() << ' ' << far.port() << '\n' << std::flush;
   for (std::string line; std::getline(std::cin, line);) {
     if (line != "counts") continue;
     server.counts.writeAndReset(std::cout);
