@@ -11,7 +11,7 @@ constexpr double kCalmLoad = 1.5;
 constexpr const char* kIntroduction = R"(# Benchmarks
 
 `scripts/bench` measures the library and its command against the programs and libraries that do the
-same work, and writes this page.
+same work, and writes this page. [Earlier releases](benchmarks-history.md) have a page of their own.
 
 ## How to read it
 

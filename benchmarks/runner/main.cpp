@@ -1,5 +1,5 @@
-// bench-runner --programs FOLDER --quillbay PROGRAM --folder FOLDER [--only GROUP] [--report FILE]:
-// measures, prints the tables, and writes the page.
+// bench-runner --programs FOLDER --quillbay PROGRAM --folder FOLDER [--only GROUP] [--report FILE]
+// [--history FILE]: measures, prints the tables, writes the page, and adds to the history.
 
 #include <fstream>
 #include <iostream>
@@ -7,6 +7,7 @@
 #include <ranges>
 
 #include "benchmarks/runner/Groups.h"
+#include "benchmarks/runner/History.h"
 #include "benchmarks/runner/Report.h"
 #include "benchmarks/runner/Workbench.h"
 #include "benchmarks/support/MainProgram.h"
@@ -17,8 +18,8 @@ namespace {
 using Options = std::map<std::string, std::string>;
 
 Options parseOptions(const std::vector<std::string>& arguments) {
-  Options options = {
-      {"--programs", ""}, {"--quillbay", ""}, {"--folder", ""}, {"--only", ""}, {"--report", ""}};
+  Options options = {{"--programs", ""}, {"--quillbay", ""}, {"--folder", ""},
+                     {"--only", ""},     {"--report", ""},   {"--history", ""}};
   for (std::size_t i = 0; i < arguments.size(); i += 2) {
     const auto option = options.find(arguments[i]);
     if (option == options.end() || i + 1 == arguments.size()) fail("unknown: " + arguments[i]);
@@ -58,6 +59,9 @@ void run(const std::vector<std::string>& arguments) {
   if (!options["--report"].empty()) {
     std::ofstream page(options["--report"]);
     writePage(page, bench.machine, measured);
+  }
+  if (!options["--history"].empty()) {
+    addToHistory(options["--history"], QUILLBAY_VERSION, bench.machine, measured);
   }
 }
 
