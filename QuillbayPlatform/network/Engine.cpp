@@ -91,7 +91,10 @@ void Engine::stop() {
     // The pair of sockets was seen to work when the thread started.
     if (isRunning_) static_cast<void>(curl_multi_wakeup(multi_.get()));
   }
-  if (thread_.joinable()) thread_.join();
+  if (!thread_.joinable()) return;
+  // A completion handler called exit(): this thread is the one that ends the process.
+  if (thread_.get_id() == std::this_thread::get_id()) return thread_.detach();
+  thread_.join();
 }
 
 void Engine::run() {
