@@ -2,8 +2,10 @@
 #include <QuillbayPlatform/MainQueue.h>
 #include <QuillbayPlatform/OnFirstUse.h>
 #include <QuillbayPlatform/ProcessExit.h>
+#include <QuillbayPlatform/ShortWaits.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -40,6 +42,7 @@ class MainQueue final : public DispatchQueue {
     {
       const std::lock_guard lock(mutex_);
       items_.push_back(std::move(work));
+      hasItems_ = true;
       poster = poster_;
     }
     changed_.notify_all();
@@ -105,6 +108,7 @@ class MainQueue final : public DispatchQueue {
     if (items_.empty() || isProcessExiting()) return nullptr;
     Work work = std::move(items_.front());
     items_.pop_front();
+    hasItems_ = !items_.empty();
     runner_ = std::this_thread::get_id();
     return work;
   }
@@ -132,10 +136,10 @@ class MainQueue final : public DispatchQueue {
   Work awaitItem(std::optional<Clock::time_point> deadline) {
     if (isForkedChild() || isThreadExitingProcess()) return nullptr;
     if (deadline && Clock::now() >= *deadline) return nullptr;
+    thread_local constinit ShortWaits waits;
+    const auto isAwake = [this] { return isStopRequested_ || (hasItems_ && !isProcessExiting()); };
+    const ShortWaits::Wait wait(waits, isAwake);
     std::unique_lock lock(mutex_);
-    const auto isAwake = [this] {
-      return isStopRequested_ || (!items_.empty() && !isProcessExiting());
-    };
     if (!deadline) {
       changed_.wait(lock, isAwake);
     } else if (!changed_.wait_until(lock, *deadline, isAwake)) {
@@ -150,7 +154,9 @@ class MainQueue final : public DispatchQueue {
   std::deque<Work> items_;
   std::shared_ptr<const Poster> poster_;
   std::thread::id runner_;  ///< of the item in progress
-  bool isStopRequested_ = false;
+  // Written under the lock, and read without it by a wait that begins awake.
+  std::atomic<bool> hasItems_ = false;
+  std::atomic<bool> isStopRequested_ = false;
 };
 
 }  // namespace

@@ -13,6 +13,8 @@
 
 namespace quillbay::platform {
 
+class SerialQueue;
+
 /// One HTTP transfer. Made by a `URLSession`, runs to its end once resumed, and need not be
 /// held meanwhile.
 class URLSessionTask {
@@ -29,7 +31,9 @@ class URLSessionTask {
   virtual const std::shared_ptr<Progress>& progress() const = 0;
 };
 
-/// Runs HTTP transfers and calls back, one at a time, on a serial background queue of its own.
+/// Runs HTTP transfers and calls back, one at a time, on a serial background queue of its own. A
+/// small reply is handed over on the network thread itself, when no earlier call is in progress: a
+/// completion handler must not wait for another transfer.
 ///
 /// Sessions are thin: the network thread, the connections and the TLS roots behind them are shared
 /// by the whole process, so a connection survives from one session to the next. HTTP/1.1; https
@@ -73,7 +77,7 @@ class URLSession {
  private:
   URLSession();
 
-  std::shared_ptr<DispatchQueue> callbackQueue_;
+  std::shared_ptr<SerialQueue> callbackQueue_;
 };
 
 }  // namespace quillbay::platform

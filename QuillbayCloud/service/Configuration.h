@@ -29,9 +29,10 @@ class QUILLBAY_EXPORT Configuration {
   ///
   /// `debug` tells of progress, `error` of failures. `file` is the source file, `function` the name
   /// of the operation with its argument labels ("uploadItem(url:)"), `line` counts from 1,
-  /// `context` is always empty. They are called on the main queue and on background queues, several
-  /// at a time, and must not throw. Messages are single lines of
-  /// UTF-8 without control characters, and hold no password, no token and no presigned query.
+  /// `context` is always empty. They are called on the main queue, on background queues and on the
+  /// network thread, several at a time, and must not throw; one that waits holds up every transfer.
+  /// Messages are single lines of UTF-8 without control characters, and hold no password, no token
+  /// and no presigned query.
   template <class Logger>
   static void setLog() {
     static constexpr EntryPoints entryPoints = {&Logger::debug, &Logger::error};

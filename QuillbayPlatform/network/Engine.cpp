@@ -57,10 +57,12 @@ std::optional<Engine::Refusal> Engine::enqueue(std::unique_ptr<Transfer>& transf
     if (auto refusal = startThread()) return refusal;
   }
   // The thread finds the transfer all the same: it looks for it under the lock.
-  if (const CURLMcode code = curl_multi_wakeup(multi_.get()); code != CURLM_OK) {
-    return Refusal{URLError::Code::unknown, curl_multi_strerror(code)};
+  if (isAsleep_) {
+    const CURLMcode code = curl_multi_wakeup(multi_.get());
+    if (code != CURLM_OK) return Refusal{URLError::Code::unknown, curl_multi_strerror(code)};
   }
   incoming_.push_back(std::move(transfer));
+  hasNews_ = true;
   return std::nullopt;
 }
 
@@ -89,10 +91,14 @@ void Engine::stop() {
   {
     const std::lock_guard lock(mutex_);
     if (std::exchange(isStopping_, true)) return;
+    hasNews_ = true;
     // The pair of sockets was seen to work when the thread started.
     if (isRunning_) static_cast<void>(curl_multi_wakeup(multi_.get()));
   }
-  if (thread_.joinable()) thread_.join();
+  if (!thread_.joinable()) return;
+  // A completion handler called exit(): this thread is the one that ends the process.
+  if (thread_.get_id() == std::this_thread::get_id()) return thread_.detach();
+  thread_.join();
 }
 
 void Engine::run() {
@@ -109,6 +115,7 @@ bool Engine::takeIncoming() {
     const std::lock_guard lock(mutex_);
     if (isStopping_) return false;
     transfers.swap(incoming_);
+    hasNews_ = false;
   }
   for (auto& transfer : transfers) begin(std::move(transfer));
   return true;
@@ -119,9 +126,36 @@ CURLMcode Engine::turn() {
   const CURLMcode code = curl_multi_perform(multi_.get(), &runningCount);
   // A finished transfer may have left another to begin: look before sleeping.
   if (code != CURLM_OK || handleMessages()) return code;
+  return awaitEvent();
+}
+
+/// Larger bodies fill the line: their waits are many, and waking costs little beside them.
+CURLMcode Engine::awaitEvent() {
+  if (!std::ranges::all_of(engineThreadActive_, &Transfer::hasSmallBody)) return sleep();
+  const ShortWaits::Wait wait(engineThreadWaits_, [this] { return hasEvent(); });
+  return wait.hasCome() ? CURLM_OK : sleep();
+}
+
+/// Whether there is something to do now.
+bool Engine::hasEvent() {
+  if (hasNews_) return true;
+  int eventCount = 0;
+  if (!engineThreadActive_.empty()) curl_multi_poll(multi_.get(), nullptr, 0, 0, &eventCount);
+  return eventCount > 0;
+}
+
+CURLMcode Engine::sleep() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (hasNews_) return CURLM_OK;
+    isAsleep_ = true;
+  }
   const bool isIdle = engineThreadActive_.empty();
-  return curl_multi_poll(multi_.get(), nullptr, 0,
-                         isIdle ? kIdlePollMilliseconds : kActivePollMilliseconds, nullptr);
+  const CURLMcode code = curl_multi_poll(
+      multi_.get(), nullptr, 0, isIdle ? kIdlePollMilliseconds : kActivePollMilliseconds, nullptr);
+  const std::lock_guard lock(mutex_);
+  isAsleep_ = false;
+  return code;
 }
 
 void Engine::begin(std::unique_ptr<Transfer> transfer) {

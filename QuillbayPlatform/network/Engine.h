@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QuillbayPlatform/ShortWaits.h>
 #include <QuillbayPlatform/network/Transfer.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -47,6 +49,9 @@ class Engine {
   void run();
   bool takeIncoming();
   CURLMcode turn();
+  CURLMcode awaitEvent();
+  bool hasEvent();
+  CURLMcode sleep();
   bool handleMessages();
   void begin(std::unique_ptr<Transfer> transfer);
   bool perform(Transfer& transfer);
@@ -55,13 +60,16 @@ class Engine {
   Transfers takeLeftOver();
 
   std::mutex mutex_;
-  Transfers incoming_;       // guarded by mutex_
-  bool isRunning_ = false;   // guarded by mutex_
-  bool isStopping_ = false;  // guarded by mutex_
+  Transfers incoming_;                 // guarded by mutex_
+  bool isRunning_ = false;             // guarded by mutex_
+  bool isStopping_ = false;            // guarded by mutex_
+  bool isAsleep_ = false;              // guarded by mutex_; only then the thread needs to be woken
+  std::atomic<bool> hasNews_ = false;  // written under mutex_: the thread is to look there
 
   /// Made before the thread starts and kept until the next one does.
   MultiHandle multi_;
   Transfers engineThreadActive_;
+  ShortWaits engineThreadWaits_;
   std::thread thread_;
 };
 

@@ -229,6 +229,10 @@ std::uint64_t Transfer::bodyByteCount() const {
   return request_.body ? request_.body->size() : 0;
 }
 
+bool Transfer::hasSmallBody() const {
+  return std::cmp_less_equal(bodyByteCount(), kUploadBufferByteCount);
+}
+
 /// Whether the head goes ahead of the body and asks if that is wanted (RFC 9110, section 10.1.1).
 bool Transfer::asksBeforeBody() const {
   return mayAskBeforeBody_ && bodyByteCount() > kExpectContinueByteCount;

@@ -51,6 +51,9 @@ class Transfer {
   /// Ends the transfer with an error and without a response. `reason` is for developers.
   State fail(URLError::Code code, const std::string& reason);
 
+  /// Whether the whole body goes out at once: its reply may come within a moment.
+  bool hasSmallBody() const;
+
   CURL* easy() const { return easy_.get(); }
 
  private:

@@ -7,9 +7,8 @@ namespace {
 constexpr int kRoundCount = 101;
 constexpr double kLimit = 1.10;
 constexpr const char* kReasonIfMissed =
-    "Loading shared libraries takes most of the time. curl and `quillbay` share those of libcurl; "
-    "the "
-    "packer of folders brings seven more.";
+    "Loading shared libraries takes most of the time. Both load those of libcurl; the packer of "
+    "folders brings seven more.";
 
 }  // namespace
 

@@ -239,12 +239,17 @@ std::int64_t History::add(const std::string& instanceIdentifier, const cloud::Se
   return identifier;
 }
 
-void History::noteArrival(std::int64_t identifier, std::size_t position) {
+void History::noteArrivals(std::int64_t identifier, std::span<const std::size_t> positions) {
   attempt([&] {
+    SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
     SQLite::Statement file(*database_,
                            "UPDATE file SET has_arrived = 1 WHERE share = ? AND position = ?");
-    SQLite::bind(file, identifier, static_cast<std::int64_t>(position));
-    file.exec();
+    for (const std::size_t position : positions) {
+      file.reset();
+      SQLite::bind(file, identifier, static_cast<std::int64_t>(position));
+      file.exec();
+    }
+    transaction.commit();
   });
 }
 

@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,8 +86,8 @@ class History {
   std::int64_t add(const std::string& instanceIdentifier, const cloud::Session& session,
                    cloud::SessionLinkType linkType, const std::vector<RememberedFile>& files,
                    platform::Date now);
-  /// The file at `position` of the list has arrived.
-  void noteArrival(std::int64_t identifier, std::size_t position);
+  /// The files at these positions of the list have arrived.
+  void noteArrivals(std::int64_t identifier, std::span<const std::size_t> positions);
   /// `uploading` makes this process the one that uploads it.
   void setState(std::int64_t identifier, RememberedShare::State state);
 

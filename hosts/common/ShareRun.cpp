@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <span>
 #include <utility>
 
 #include "History.h"
@@ -13,6 +14,10 @@ using cloud::QuillbayCloudError;
 using cloud::Session;
 using cloud::SessionActivity;
 using cloud::SessionController;
+
+/// A transaction for each small file costs some of the time of their share. What a killed program
+/// has not written yet, the next one uploads again.
+constexpr std::chrono::milliseconds kRememberInterval(100);
 
 /// 1, 2, 4, 8, 16 seconds, and no longer ones.
 std::chrono::seconds retryDelay(int attempt) {
@@ -50,6 +55,7 @@ void ShareRun::continueFrom(Unfinished share) {
   isContinuation_ = true;
   session_ = std::move(share.session);
   arrivedItems_ = std::move(share.uploadedItems);
+  rememberedItemCount_ = arrivedItems_.size();
   historyIdentifier_ = share.historyIdentifier;
 }
 
@@ -122,8 +128,16 @@ void ShareRun::noteArrivals() {
     const std::size_t index = uploadedItems[arrivedItems_.size()];
     arrivedItems_.push_back(index);
     attempt_ = 0;
-    if (isRemembered()) history_->noteArrival(historyIdentifier_, index);
   }
+  if (now() >= nextRemembering_) rememberArrivals();
+}
+
+void ShareRun::rememberArrivals() {
+  const auto news = std::span(arrivedItems_).subspan(rememberedItemCount_);
+  if (news.empty()) return;
+  nextRemembering_ = now() + kRememberInterval;
+  rememberedItemCount_ = arrivedItems_.size();
+  if (isRemembered()) history_->noteArrivals(historyIdentifier_, news);
 }
 
 std::vector<RememberedFile> ShareRun::rememberedFiles() const {
@@ -244,6 +258,7 @@ void ShareRun::deletionCompleted(const std::expected<void, QuillbayCloudError>& 
 
 void ShareRun::tick() {
   if (phase_ == Phase::over) return;
+  if (now() >= nextRemembering_) rememberArrivals();
   if (deadline_ && now() >= *deadline_) return deadlinePassed();
   if (nextTry_ && now() >= *nextTry_) return work();
   if (phase_ == Phase::working) estimate_.update(sentByteCount(), arrivedItems_.size(), now());
@@ -262,6 +277,7 @@ void ShareRun::end(SessionFate fate) {
   sessionFate_ = fate;
   deadline_.reset();
   nextTry_.reset();
+  rememberArrivals();
   if (isRemembered()) history_->setState(historyIdentifier_, rememberedState(fate));
   setPhase(Phase::over);
 }

@@ -158,6 +158,7 @@ class ShareRun {
   void sessionCreated(const cloud::Session& session);
   void completed(const SessionResult& result);
   void noteArrivals();
+  void rememberArrivals();
 
   Failure failureOf(const cloud::QuillbayCloudError& error) const;
   Failure makeFailure(const cloud::QuillbayCloudError& error, FailureContext context,
@@ -194,6 +195,9 @@ class ShareRun {
   /// Positions of the files that have arrived.
   std::vector<std::size_t> arrivedItems_;
   std::uint64_t arrivedByteCount_ = 0;
+  /// Of these, how many the history knows of, and when it is to be told of the next.
+  std::size_t rememberedItemCount_ = 0;
+  Clock::time_point nextRemembering_;
 
   Phase phase_ = Phase::working;
   Result result_ = Result::shared;

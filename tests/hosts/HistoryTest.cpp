@@ -56,7 +56,7 @@ TEST_F(HistoryTest, RemembersAShareAndWhatBecomesOfIt) {
   {
     History history(file_);
     identifier = add(history, "s1", 12.5, "1767225600");
-    history.noteArrival(identifier, 1);
+    history.noteArrivals(identifier, std::vector<std::size_t>{1});
     ASSERT_EQ(history.newest()->state, State::uploading);
     history.setState(identifier, State::unfinished);
   }
@@ -142,7 +142,7 @@ void addForEver(const fs::path& file, const std::vector<RememberedFile>& files) 
   for (int number = 0; !history.problem(); ++number) {
     const auto identifier = history.add("host-1", session("s" + std::to_string(number)),
                                         cloud::SessionLinkType::page, files, instant(number));
-    history.noteArrival(identifier, 0);
+    history.noteArrivals(identifier, std::vector<std::size_t>{0});
     // One that never pauses keeps the others from SQLite's lock beyond any limit.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }

@@ -1,5 +1,6 @@
 #include <QuillbayPlatform/DispatchQueue.h>
 #include <QuillbayPlatform/MainQueue.h>
+#include <QuillbayPlatform/SerialQueue.h>
 #include <QuillbayPlatform/WorkerPool.h>
 #include <ThreadLimit.h>
 #include <Waiting.h>
@@ -111,6 +112,21 @@ TEST(SerialQueue, RunsItemsOneAtATimeInEachThreadsOrderAlsoWhenReleasedMeanwhile
   EXPECT_TRUE(waitUntil([&] { return doneCount == seen.size() * kItemCount; }));
   EXPECT_EQ(overlapCount, 0);
   for (const auto& items : seen) EXPECT_TRUE(std::ranges::is_sorted(items));
+}
+
+TEST(SerialQueue, RunsAnItemHereWhenNoneRunsOrWaitsAndWhatComesMeanwhileAfterIt) {
+  const auto queue = SerialQueue::create();
+  bool hasRunHere = false;
+  bool isAfterIt = false;
+  std::atomic<bool> isDone = false;
+  queue->runHereOrAsync([&] {
+    queue->runHereOrAsync([&] { isAfterIt = hasRunHere; });
+    queue->async([&] { isDone = true; });
+    hasRunHere = true;
+  });
+  EXPECT_TRUE(hasRunHere);
+  EXPECT_TRUE(waitUntil([&] { return isDone.load(); }));
+  EXPECT_TRUE(isAfterIt);
 }
 
 TEST(BackgroundQueues, RunItemsAtOnceAndWhenBlockedDelayNoOtherSerialQueue) {

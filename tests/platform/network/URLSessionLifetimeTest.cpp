@@ -6,6 +6,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <latch>
 #include <set>
@@ -52,6 +53,9 @@ TEST_F(URLSessionLifetimeTest, CompletionsComeOneAtATimeAndHoldUpNoOtherSession)
   std::atomic<int> insideCount = 0;
   std::atomic<int> overlapCount = 0;
   std::atomic<int> endedCount = 0;
+  server_.onRequest([](const Request& got) {
+    return Reply{.body = std::string(got.target() == "/large" ? mebibyte : 1, ' ')};
+  });
   const auto slow = URLSession::create();
   for (int index = 0; index < taskCount; ++index) {
     const auto completion = [&](auto&&...) {
@@ -60,14 +64,27 @@ TEST_F(URLSessionLifetimeTest, CompletionsComeOneAtATimeAndHoldUpNoOtherSession)
       --insideCount;
       ++endedCount;
     };
-    slow->dataTask(request("GET", server_.address()), completion)->resume();
+    // What is small waits its turn all the same.
+    const char* target = index == 0 ? "/large" : "/small";
+    slow->dataTask(request("GET", server_.address(target)), completion)->resume();
+    EXPECT_TRUE(waitUntil([&] { return insideCount > 0; }));
   }
-  EXPECT_TRUE(waitUntil([&] { return insideCount > 0; }));
   EXPECT_EQ(get(server_.address()).status(), 200);
   EXPECT_EQ(endedCount, 0);
   release.count_down();
   EXPECT_TRUE(waitUntil([&] { return endedCount == taskCount; }));
   EXPECT_EQ(overlapCount, 0);
+}
+
+TEST_F(URLSessionLifetimeTest, ExitMayBeCalledByAHandlerOnTheNetworkThread) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto exitInHandler = [this] {
+    alarm(10);
+    const auto get = request("GET", server_.address());
+    URLSession::shared().dataTask(get, [](auto&&...) { std::exit(7); })->resume();
+    platform::runMainQueue();
+  };
+  EXPECT_EXIT(exitInHandler(), testing::ExitedWithCode(7), "");
 }
 
 TEST_F(URLSessionLifetimeTest, WhatAHandlerHoldsIsReleasedOnTheMainQueue) {
