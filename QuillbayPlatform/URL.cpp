@@ -176,12 +176,13 @@ URL URL::fileURL(const std::filesystem::path& path) {
   std::error_code error;
   std::filesystem::path absolute = std::filesystem::absolute(path, error);
   if (error) absolute = "/" / path;
-  std::string text = "file://";
+  constexpr std::string_view kBeginning = "file://";
+  std::string text(kBeginning);
   for (const auto& component : absolute.relative_path()) {
     if (component == ".") continue;
     text.append("/").append(percentEncoded(component.native(), kPathCharacters));
   }
-  if (text.ends_with("//")) text += '/';
+  if (text == kBeginning) text += '/';
   return URL(std::move(text));
 }
 

@@ -54,6 +54,7 @@ TEST(URL, FileURLsCarryEveryByteOfAPathAndOneFileHasOne) {
   const auto folder = std::filesystem::current_path();
   EXPECT_EQ(URL::fileURL("./a"), URL::fileURL(folder / "a"));
   EXPECT_EQ(URL::fileURL(folder.native() + "//a"), URL::fileURL(folder / "a"));
+  EXPECT_EQ(URL::fileURL("/./").path(), "/");
 }
 
 TEST(URL, ResolvesReferencesAsTheStandardsExamplesDo) {
