@@ -4,6 +4,7 @@
 #include <QuillbayPlatform/TextEncoding.h>
 #include <QuillbayPlatform/URL.h>
 #include <QuillbayPlatform/network/AddressPolicy.h>
+#include <arpa/inet.h>
 #include <curl/curl.h>
 #include <fuzz/support/Expect.h>
 #include <uriparser/Uri.h>
@@ -54,6 +55,29 @@ std::optional<Destination> destination(const URL& url) {
                      part(address.get(), CURLUPART_PORT),
                      !part(address.get(), CURLUPART_USER).empty() ||
                          !part(address.get(), CURLUPART_PASSWORD).empty()};
+}
+
+/// An IP address as libcurl writes it; a name as it is.
+std::string normalized(const std::string& host) {
+  in6_addr address = {};
+  char text[INET6_ADDRSTRLEN] = {};
+  if (inet_pton(AF_INET6, host.c_str(), &address) != 1) return host;
+  return inet_ntop(AF_INET6, &address, text, sizeof text);
+}
+
+/// Names that libcurl neither decodes nor takes for a number.
+bool isPlainHost(const std::string& host) {
+  const char first = host.empty() ? '%' : host[host.find_last_of('.') + 1];
+  return host.find('%') == std::string::npos && (first < '0' || first > '9') && first != '\0';
+}
+
+void expectSameHost(const URL& url) {
+  const bool isLiteral = url.absoluteString().find("//[") != std::string::npos;
+  const auto place = destination(url);
+  if (!place || !platform::isAllowedAddress(url)) return;
+  if (!isLiteral && !isPlainHost(url.host())) return;
+  expect(normalized(place->host) == normalized(url.host()), "libcurl finds the same host");
+  expect(place->port == std::to_string(url.port()), "and the same port");
 }
 
 void expectRulesGuardTheDestination(const URL& first, const URL& second) {
@@ -187,6 +211,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t byt
   const auto url = URL::parse(first);
   if (!url) return 0;
   expectShownWithoutSecrets(*url);
+  expectSameHost(*url);
   expectResolved(*url, second);
   expectRulesGuardTheDestination(*url, URL::parse(second).value_or(*url));
   return 0;

@@ -21,7 +21,7 @@ namespace quillbay::fuzz {
 namespace {
 
 /// How long a script waits for a request on a connection that may not be used again.
-constexpr int kMomentMilliseconds = 10;
+constexpr int kMomentMilliseconds = 5;
 
 constexpr std::string_view kHeadMark("\0h", 2);
 constexpr std::string_view kBodyMark("\0b", 2);
