@@ -11,6 +11,7 @@ option(QUILLBAY_TESTS "Build the tests, which need the programs, the local servi
 option(QUILLBAY_DOCS "Offer the target docs, if Doxygen is found, and test the code in the pages"
   ${PROJECT_IS_TOP_LEVEL})
 option(QUILLBAY_BENCHMARKS "Build the benchmarks, which need the programs and the local service" OFF)
+option(QUILLBAY_FUZZERS "Build the fuzzers, which need clang, the programs and the local service" OFF)
 if(PROJECT_IS_TOP_LEVEL)
   option(BUILD_SHARED_LIBS "Build the libraries shared" ON)
 endif()
@@ -35,3 +36,4 @@ function(quillbay_require switch)
 endfunction()
 quillbay_require(QUILLBAY_TESTS QUILLBAY_HOSTS QUILLBAY_SANDBOX QUILLBAY_EXAMPLES)
 quillbay_require(QUILLBAY_BENCHMARKS QUILLBAY_HOSTS QUILLBAY_SANDBOX)
+quillbay_require(QUILLBAY_FUZZERS QUILLBAY_HOSTS QUILLBAY_SANDBOX)

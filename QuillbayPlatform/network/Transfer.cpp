@@ -103,9 +103,6 @@ Transfer::State Transfer::begin(const NetworkSettings& settings) {
     return fail(URLError::Code::unsupportedURL, "not an https address without a password");
   }
   if (isUpload() && openBody() == State::finished) return State::finished;
-
-  easy_.reset(curl_easy_init());
-  if (!easy_) return fail(URLError::Code::unknown, "out of memory");
   return configure();
 }
 
@@ -117,7 +114,10 @@ Transfer::State Transfer::openBody() {
 }
 
 Transfer::State Transfer::configure() {
-  curl_easy_reset(easy_.get());
+  // A new handle for each request. In a handle that has had a reply, libcurl 7.88 adds to a field
+  // of it, which is freed, when the next one begins with a line that goes on with the field before.
+  easy_.reset(curl_easy_init());
+  if (!easy_) return fail(URLError::Code::unknown, "out of memory");
   reply_.reset();
   silence_.restart();
   errorText_[0] = '\0';

@@ -18,6 +18,10 @@ cmake --build --preset dev --target CloudTests
 ctest --test-dir build/dev -R SessionController --output-on-failure
 # [work]
 
+# [fuzz]
+scripts/fuzz 600 service-replies
+# [fuzz]
+
 # [packages]
 scripts/package --build-only   # builds the packages of the last commit into build/packages
 scripts/package                # the same, then everything below

@@ -75,6 +75,13 @@ TEST_F(URLSessionRedirectTest, AnUploadIsSentAgainFromItsFirstByteFor307And308On
   }
 }
 
+TEST_F(URLSessionRedirectTest, AReplyAddsToNoFieldOfTheReplyBeforeIt) {
+  ScriptedServer target;
+  target.onConnection(answering("HTTP/1.1 200 OK\r\n goes: on\r\n\r\n"));
+  server_.onRequest(leading(302, target.address("/to")));
+  EXPECT_EQ(get(server_.address("/from")).code(), Code::unknown);
+}
+
 TEST_F(URLSessionRedirectTest, TenRedirectsAreFollowedAndNoMore) {
   server_.onRequest([](const Request& got) {
     const int left = std::stoi(got.target().substr(1));
