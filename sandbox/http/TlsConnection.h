@@ -1,6 +1,5 @@
 #pragma once
 
-#include <httplib.h>
 #include <openssl/ssl.h>
 
 #include <chrono>
@@ -10,13 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "sandbox/http/Connection.h"
 #include "sandbox/tls/OpenSsl.h"
 
 namespace quillbay::sandbox {
 
-/// One accepted connection: TLS with buffers in both directions, as the HTTP library's stream.
-/// Blocking; a peer that is silent for longer than the time-out counts as gone. Used by one thread.
-class TlsConnection : public httplib::Stream {
+/// One accepted connection over TLS. Blocking; a peer that is silent for longer than the time-out
+/// counts as gone.
+class TlsConnection : public Connection {
  public:
   /// Borrows the socket.
   TlsConnection(SSL_CTX* context, int socket, std::chrono::seconds silenceLimit);
@@ -25,14 +25,13 @@ class TlsConnection : public httplib::Stream {
   std::expected<void, std::string> handshake();
   /// False when no request came within the time or the peer closed.
   bool waitForRequest(std::chrono::seconds limit);
-  bool flush();
   /// Says good-bye and waits until the peer has too: closing on unread bytes would make the system
   /// reset the connection and destroy a reply that is still on its way.
   void closeGently();
 
-  /// Plain bytes taken by the reader and handed over by the writer so far.
-  std::uint64_t readByteCount() const { return readByteCount_; }
-  std::uint64_t writtenByteCount() const { return writtenByteCount_; }
+  bool flush() override;
+  std::uint64_t readByteCount() const override { return readByteCount_; }
+  std::uint64_t writtenByteCount() const override { return writtenByteCount_; }
 
   bool is_readable() const override { return true; }
   bool is_writable() const override { return isAlive_; }

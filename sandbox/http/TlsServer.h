@@ -1,21 +1,16 @@
 #pragma once
 
-#include <httplib.h>
-
 #include <future>
 
-#include "sandbox/http/Endpoint.h"
 #include "sandbox/http/OpenConnections.h"
-#include "sandbox/http/RequestLog.h"
-#include "sandbox/http/TlsConnection.h"
+#include "sandbox/http/RequestServer.h"
 #include "sandbox/tls/TlsIdentity.h"
 
 namespace quillbay::sandbox {
 
-/// The HTTP library's server over connections of our own, which gives what its TLS server lacks:
-/// buffered reading, a prompt stop with connections open, and a reply that survives a refused
-/// upload.
-class TlsServer : private httplib::Server {
+/// Serves TLS connections of our own, which give what the HTTP library's TLS server lacks: buffered
+/// reading, a prompt stop with connections open, and a reply that survives a refused upload.
+class TlsServer : private RequestServer {
  public:
   /// At most `connectionLimit` clients are served at once; more wait.
   TlsServer(TlsContext context, LogSink log, std::size_t connectionLimit);
@@ -29,17 +24,9 @@ class TlsServer : private httplib::Server {
   void stop();
 
  private:
-  struct Exchange;
-
   bool process_and_close_socket(socket_t socket) override;
-  bool serve(TlsConnection& connection);
-  void answer(const httplib::Request& request, httplib::Response& response,
-              const httplib::ContentReader* reader);
-  int answerExpectation(const httplib::Request& request, httplib::Response& response);
 
   TlsContext context_;
-  LogSink log_;
-  Endpoint* endpoint_ = nullptr;
   OpenConnections connections_;
   std::future<bool> listening_;
 };
