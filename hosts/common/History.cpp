@@ -13,6 +13,7 @@
 #include <charconv>
 #include <chrono>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <system_error>
 #include <thread>
@@ -54,11 +55,12 @@ CREATE TABLE file (
 ) WITHOUT ROWID;
 )";
 
+// `total` never overflows, as `sum` does; what is not exact in it is beyond petabytes.
 constexpr const char* kSelect = R"(
 SELECT id, created, instance, record, link_type, state, uploader,
   (SELECT count(*) FROM file WHERE share = id),
   (SELECT count(*) FROM file WHERE share = id AND has_arrived),
-  (SELECT coalesce(sum(byte_count), 0) FROM file WHERE share = id)
+  (SELECT max(0, CAST(total(byte_count) AS INTEGER)) FROM file WHERE share = id)
 FROM share )";
 
 constexpr std::pair<State, const char*> kStateNames[] = {
@@ -279,30 +281,31 @@ bool History::claim(std::int64_t identifier) {
   return isClaimed;
 }
 
-std::vector<RememberedShare> History::select(const std::string& condition,
-                                             const std::string& value) {
+std::vector<RememberedShare> History::select(const std::string& condition, const std::string& value,
+                                             std::size_t limit) {
   std::vector<RememberedShare> shares;
   attempt([&] {
     SQLite::Statement row(*database_, kSelect + condition + " ORDER BY created DESC, id DESC");
     if (row.getBindParameterCount() > 0) row.bind(1, value);
     shares.clear();
-    while (row.executeStep()) {
+    while (shares.size() < limit && row.executeStep()) {
       if (auto share = readShare(row)) shares.push_back(std::move(*share));
     }
   });
   return shares;
 }
 
-std::vector<RememberedShare> History::shares() { return select("", ""); }
+std::vector<RememberedShare> History::shares() {
+  return select("", "", std::numeric_limits<std::size_t>::max());
+}
 
 std::optional<RememberedShare> History::find(std::string_view linkOrSession) {
-  auto found = select("WHERE link = ?1 OR session = ?1", std::string(linkOrSession));
+  auto found = select("WHERE link = ?1 OR session = ?1", std::string(linkOrSession), 1);
   return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
 std::optional<RememberedShare> History::newest() {
-  auto found =
-      select("WHERE id = (SELECT id FROM share ORDER BY created DESC, id DESC LIMIT 1)", "");
+  auto found = select("", "", 1);
   return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
@@ -311,7 +314,7 @@ std::vector<RememberedFile> History::files(std::int64_t identifier) {
   attempt([&] {
     SQLite::Statement row(
         *database_,
-        "SELECT path, byte_count, has_arrived FROM file WHERE share = ? ORDER BY position");
+        "SELECT path, byte_count, has_arrived IS TRUE FROM file WHERE share = ? ORDER BY position");
     row.bind(1, identifier);
     files.clear();
     while (row.executeStep()) {

@@ -112,7 +112,9 @@ class History {
   /// Runs `work` unless something has failed before, and notes its failure.
   void attempt(const std::function<void()>& work);
   void fail(const std::exception& error);
-  std::vector<RememberedShare> select(const std::string& condition, const std::string& value);
+  /// The newest first, at most `limit`. Rows that cannot be read are passed over.
+  std::vector<RememberedShare> select(const std::string& condition, const std::string& value,
+                                      std::size_t limit);
 
   const std::filesystem::path file_;
   std::unique_ptr<SQLite::Database> database_;

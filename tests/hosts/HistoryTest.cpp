@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <limits>
 #include <thread>
 
 #include "TemporaryFolder.h"
@@ -83,6 +84,24 @@ TEST_F(HistoryTest, FindsByLinkOrSessionAndForgets) {
   history.forget(history.find("new")->identifier);
   EXPECT_THAT(identifiers(history), ElementsAre("endless"));
   EXPECT_FALSE(history.problem());
+}
+
+TEST_F(HistoryTest, ReadsSharesBesideThoseThatOthersHaveDamaged) {
+  History history(file_);
+  add(history, "sound", 1);
+  const std::int64_t wild = add(history, "wild", 2);
+  add(history, "unreadable", 3);
+  SQLite::Database(file_, SQLite::OPEN_READWRITE)
+      .exec(
+          "UPDATE file SET byte_count = 9e18, has_arrived = 4294967296 WHERE share = 2;"
+          "UPDATE share SET record = x'00' WHERE id = 3");
+  ASSERT_THAT(identifiers(history), ElementsAre("wild", "sound"));
+  ASSERT_TRUE(history.newest());
+  EXPECT_EQ(history.newest()->identifier, wild);
+  EXPECT_EQ(history.newest()->byteCount, std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(history.newest()->arrivedFileCount, 2U);
+  EXPECT_TRUE(history.files(wild)[1].hasArrived);
+  EXPECT_FALSE(history.problem()) << history.problem().value_or("");
 }
 
 TEST_F(HistoryTest, OneProcessAtATimeUploadsAShare) {
