@@ -7,6 +7,7 @@
 
 #include "ExpirationArgument.h"
 #include "hosts/common/PlainText.h"
+#include "hosts/common/WholeSeconds.h"
 
 namespace quillbay::cli {
 namespace {
@@ -29,7 +30,7 @@ const char* stateName(const RememberedShare& share, platform::Date now) {
 
 /// In the user's time zone, to the minute.
 std::string timeText(platform::Date date) {
-  const auto seconds = static_cast<std::time_t>(platform::secondsSince1970(date));
+  const std::time_t seconds = host::wholeSeconds(date);
   std::tm time{};
   std::array<char, 32> text{};
   if (::localtime_r(&seconds, &time) == nullptr) return "";

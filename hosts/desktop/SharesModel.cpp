@@ -6,6 +6,7 @@
 
 #include "Localized.h"
 #include "ShownText.h"
+#include "hosts/common/WholeSeconds.h"
 
 namespace quillbay::desktop {
 namespace {
@@ -15,8 +16,7 @@ using State = RememberedShare::State;
 
 /// In the user's time zone.
 QString timeText(platform::Date date) {
-  const auto time =
-      QDateTime::fromSecsSinceEpoch(static_cast<qint64>(platform::secondsSince1970(date)));
+  const auto time = QDateTime::fromSecsSinceEpoch(host::wholeSeconds(date));
   return QLocale().toString(time, QLocale::ShortFormat);
 }
 
