@@ -15,8 +15,8 @@ struct RequestServer::Exchange {
   FinishedRequest summary;
   std::uint64_t bodyStart = 0;
   std::uint64_t bodyByteCount = 0;
-  /// The body has no length to check, or will not be read: nothing can follow.
-  bool isLast = false;
+  /// The end of the request is not known, or its body will not be read: nothing can follow.
+  bool isLast = true;
 
   /// The library's log hook tells the status but not the connection.
   static thread_local Exchange* current;
@@ -70,7 +70,7 @@ bool RequestServer::serve(Connection& connection) {
     exchange.summary.path = Target(request.target).path;
     exchange.bodyStart = connection.readByteCount();
     exchange.bodyByteCount = RequestBody(request, nullptr).announcedByteCount().value_or(0);
-    exchange.isLast = request.has_header("Transfer-Encoding");
+    exchange.isLast = request.has_header("Transfer-Encoding") || request.is_multipart_form_data();
     // Routes are ours: the library would match paths by regular expression.
     request.path = request.target.size() > targetByteLimit ? "" : "/";
   });

@@ -28,12 +28,14 @@ ssize_t RequestStream::read(char* data, std::size_t byteLimit) {
 }
 
 bool RequestStream::readHeadLine() {
+  if (isMalformed_) return false;
   char c = 0;
   while (line_.size() < lineByteLimit && c != '\n') {
     if (connection_.read(&c, 1) != 1) return false;
     line_ += c;
   }
-  isInHead_ = line_ != "\r\n" && line_ != "\n";
+  isInHead_ = line_ != "\r\n";
+  isMalformed_ = !head_.accepts(line_);
   if (isRangeHeader(line_)) line_.replace(0, std::string_view("Range").size(), rangeAlias);
   return true;
 }

@@ -4,11 +4,14 @@
 
 #include <string>
 
+#include "sandbox/http/HeadCheck.h"
+
 namespace quillbay::sandbox {
 
 /// One request of a connection as the HTTP library reads it. The library answers a Range header
 /// that it does not understand with 416 before any handler runs, where RFC 9110, section 14.2, has
-/// it ignored; so it sees the header under the name `rangeAlias`.
+/// it ignored; so it sees the header under the name `rangeAlias`. A head that is malformed breaks
+/// off behind the line that is, which the library answers with 400.
 class RequestStream : public httplib::Stream {
  public:
   static constexpr const char* rangeAlias = "X-Sandbox-Range";
@@ -36,7 +39,9 @@ class RequestStream : public httplib::Stream {
   httplib::Stream& connection_;
   /// What is left of the line that was read last.
   std::string line_;
+  HeadCheck head_;
   bool isInHead_ = true;
+  bool isMalformed_ = false;
 };
 
 }  // namespace quillbay::sandbox

@@ -7,6 +7,7 @@
 
 #include "sandbox/store/StoreError.h"
 #include "sandbox/support/Digest.h"
+#include "sandbox/support/FieldText.h"
 #include "sandbox/support/PercentCoding.h"
 
 namespace quillbay::sandbox {
@@ -63,12 +64,6 @@ std::chrono::seconds parseValidity(const std::string& text) {
 void checkTime(Instant now, Instant signedAt, std::chrono::seconds validFor) {
   if (signedAt > now + clockSkew) denyAccess("The request is not valid yet.");
   if (now > signedAt + validFor) denyAccess("The request has expired.");
-}
-
-std::string trimmed(std::string text) {
-  text.erase(0, text.find_first_not_of(" \t"));
-  text.erase(text.find_last_not_of(" \t") + 1);
-  return text;
 }
 
 Parameters signedHeaders(const Call& call, std::string_view names) {

@@ -2,14 +2,11 @@
 
 #include <algorithm>
 
+#include "sandbox/support/FieldText.h"
+
 namespace quillbay::sandbox {
 
 namespace {
-
-bool isTokenCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-         std::string_view("!#$%&'*+-.^_`|~").contains(c);
-}
 
 /// Takes the text apart from left to right; what was asked for and is not there is not taken.
 class MediaTypeScanner {

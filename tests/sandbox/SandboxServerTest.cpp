@@ -128,6 +128,23 @@ TEST_F(Server, GivesTheThreadOfAnIdleConnectionToAClientThatWaits) {
   EXPECT_EQ(clients.front().receiveAll(), "");
 }
 
+TEST_F(Server, RefusesAHeadThatItCouldMisread) {
+  const std::string request = "POST /cloud/x/session HTTP/1.1\r\n";
+  const std::string heads[] = {request + "Content-Length : 5",
+                               request + "Content-Length: 5x",
+                               request + "Content-Length: 0\r\nContent-Length: 0",
+                               request + "no colon",
+                               request + "X: a\x01",
+                               request + "X: y\nY: z",
+                               "GET /\xC3 HTTP/1.1"};
+  for (const std::string& head : heads) {
+    RawClient client(server_->port(), head + "\r\n\r\nGET /next HTTP/1.1\r\n\r\n");
+    const std::string replies = client.receiveAll();
+    EXPECT_TRUE(replies.starts_with("HTTP/1.1 400 ")) << head << replies;
+    EXPECT_EQ(replies.rfind("HTTP/1.1"), 0) << head;
+  }
+}
+
 TEST(Log, TellsOfAFailedHandshake) {
   const TemporaryFolder folder;
   std::promise<std::string> line;
