@@ -20,12 +20,13 @@ std::optional<std::uint64_t> contentLength(const httplib::Request& request) {
 RequestBody::RequestBody(const httplib::Request& request, const httplib::ContentReader* reader)
     : reader_(reader),
       announcedByteCount_(contentLength(request)),
-      isPresent_(announcedByteCount_.value_or(0) > 0 || request.has_header("Transfer-Encoding")) {}
+      isPresent_(announcedByteCount_.value_or(0) > 0 || request.has_header("Transfer-Encoding")),
+      isMultipart_(request.is_multipart_form_data()) {}
 
 bool RequestBody::read(const std::function<void(std::string_view)>& receive) {
   // Without a length the library would read until the connection closes.
   if (!isPresent_) return true;
-  if (isConsumed_ || reader_ == nullptr) return false;
+  if (isConsumed_ || isMultipart_ || reader_ == nullptr) return false;
   isConsumed_ = true;
   return (*reader_)([&](const char* data, std::size_t byteCount) {
     receive({data, byteCount});

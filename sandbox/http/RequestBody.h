@@ -20,7 +20,8 @@ class RequestBody {
   /// chunks.
   std::optional<std::uint64_t> announcedByteCount() const { return announcedByteCount_; }
 
-  /// Hands the bytes over as they arrive. False: the connection broke off or fell silent.
+  /// Hands the bytes over as they arrive. False: the connection broke off or fell silent, or the
+  /// body is a form in parts, which the library would take apart.
   bool read(const std::function<void(std::string_view)>& receive);
 
   /// The whole body; nothing when it is longer than the limit or broke off.
@@ -34,6 +35,7 @@ class RequestBody {
   const httplib::ContentReader* reader_;
   std::optional<std::uint64_t> announcedByteCount_;
   bool isPresent_;
+  bool isMultipart_;
   bool isConsumed_ = false;
 };
 

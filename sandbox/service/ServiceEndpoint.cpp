@@ -5,6 +5,7 @@
 #include "sandbox/service/ServiceError.h"
 #include "sandbox/service/SessionReply.h"
 #include "sandbox/store/StoreEndpoint.h"
+#include "sandbox/support/Utf8Check.h"
 
 namespace quillbay::sandbox {
 
@@ -32,6 +33,12 @@ Reply errorReply(int status, const std::string& message, const ReplyHeaders& hea
   return reply;
 }
 
+bool isUtf8(std::string_view text) {
+  Utf8Check check;
+  check.update(text);
+  return check.isWellFormed();
+}
+
 [[noreturn]] void refuseUnknown() { throw ServiceError(404, "There is nothing at this address."); }
 
 void requireMethod(const Call& call, std::string_view method) {
@@ -48,6 +55,9 @@ std::size_t itemIndex(const Call& call, const Session& session) {
 }
 
 std::string requireText(Call& call, std::size_t byteLimit) {
+  if (call.request.is_multipart_form_data()) {
+    throw ServiceError(415, "The request body must be JSON, not a form.");
+  }
   auto text = call.body.text(byteLimit);
   if (!text) throw ServiceError(413, "The request body is too long or incomplete.");
   return *std::move(text);
@@ -86,9 +96,10 @@ Reply ServiceEndpoint::answer(Call& call) {
 
 Reply ServiceEndpoint::route(Call& call) {
   const auto& segments = call.target.segments;
-  if (segments.size() < 3 || segments[instanceSegment].empty() || segments[2] != "session") {
-    refuseUnknown();
-  }
+  if (segments.size() < 3 || segments[2] != "session") refuseUnknown();
+  // It becomes part of a record in JSON.
+  const std::string& instance = segments[instanceSegment];
+  if (instance.empty() || !isUtf8(instance)) refuseUnknown();
   if (segments.size() == 3) {
     requireMethod(call, "POST");
     return createSession(call);

@@ -10,9 +10,11 @@ class Utf8Check {
  public:
   void update(std::string_view bytes);
 
+  /// Whether all that came is UTF-8, up to its end.
+  bool isWellFormed() const { return isWellFormed_ && cutOff_.empty(); }
   /// True after well-formed UTF-8 with at least one character beyond ASCII. ASCII alone is not
   /// proof: several other encodings are made of it.
-  bool isProven() const { return hasBeyondAscii_ && isWellFormed_ && cutOff_.empty(); }
+  bool isProven() const { return hasBeyondAscii_ && isWellFormed(); }
 
  private:
   bool hasBeyondAscii_ = false;

@@ -60,7 +60,10 @@ TEST_F(Service, KnowsASessionOnlyByItsTokenAndInstanceAndAnItemOnlyBelowIt) {
 
 TEST_F(Service, AnswersUnknownAddressesMethodsBodiesAndMissingHeadersInJson) {
   EXPECT_EQ(refusedStatus(client_->Get("/cloud/x")), 404);
+  EXPECT_EQ(refusedStatus(client_->Post("/cloud/%FF/session", "{}", "")), 404);
   EXPECT_EQ(refusedStatus(client_->Post("/cloud/x/session", "nonsense", "")), 400);
+  const httplib::MultipartFormDataItems form{{"name", "value", "", ""}};
+  EXPECT_EQ(refusedStatus(client_->Post("/cloud/x/session", form)), 415);
   const json session = createSession({letter});
   for (const char* action : {"finalize", "upload_url"}) {
     const auto reply = client_->Put(itemPath(session, 0, action), tokenOf(session), "{}", "");
