@@ -6,6 +6,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
+#include <array>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -140,7 +141,7 @@ void expectClaimedAndFinished(const RememberedShare& share, History& history) {
   const bool isFree = share.state != State::uploading;
   expect(history.claim(share.identifier) == isFree, "a share that no program uploads is claimed");
   expect(!history.claim(share.identifier), "a share is claimed once");
-  history.noteArrival(share.identifier, 0);
+  history.noteArrivals(share.identifier, std::array<std::size_t, 2>{0, 1});
   history.setState(share.identifier, State::complete);
   const auto shares = history.shares();
   const auto found = std::ranges::find(shares, share.identifier, &RememberedShare::identifier);
