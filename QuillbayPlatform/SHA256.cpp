@@ -57,11 +57,10 @@ std::optional<SHA256::Digest> SHA256::finalize() {
 
 std::string lowercaseHexadecimal(std::span<const std::byte> bytes) {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  text.reserve(bytes.size() * 2);
-  for (const std::byte byte : bytes) {
-    text += kDigits[std::to_integer<unsigned>(byte) >> 4];
-    text += kDigits[std::to_integer<unsigned>(byte) & 15];
+  std::string text(bytes.size() * 2, '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    text[2 * i] = kDigits[std::to_integer<unsigned>(bytes[i]) >> 4];
+    text[2 * i + 1] = kDigits[std::to_integer<unsigned>(bytes[i]) & 15];
   }
   return text;
 }

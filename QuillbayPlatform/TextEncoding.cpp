@@ -54,9 +54,10 @@ std::string percentEncoded(std::string_view text, std::string_view unescaped) {
 }
 
 std::string percentDecoded(std::string_view text) {
-  std::string decoded;
+  // Most paths have none.
+  std::string decoded(text.substr(0, text.find('%')));
   decoded.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  for (std::size_t i = decoded.size(); i < text.size(); ++i) {
     const bool isTripletPossible = text[i] == '%' && i + 2 < text.size();
     const int high = isTripletPossible ? hexadecimalValue(text[i + 1]) : -1;
     const int low = isTripletPossible ? hexadecimalValue(text[i + 2]) : -1;

@@ -1,3 +1,4 @@
+#include <QuillbayPlatform/ASCIICase.h>
 #include <QuillbayPlatform/TextEncoding.h>
 #include <QuillbayPlatform/URL.h>
 #include <uriparser/Uri.h>
@@ -230,7 +231,9 @@ std::string URL::lastPathComponent() const {
   return slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1);
 }
 
-bool URL::isFileURL() const { return scheme() == "file"; }
+bool URL::isFileURL() const {
+  return equalsIgnoringASCIICase(split(text_).scheme.value_or(std::string_view()), "file");
+}
 
 std::string URL::redacted() const {
   const Components components = split(text_);
