@@ -5,7 +5,7 @@ namespace quillbay::bench {
 namespace {
 
 constexpr int kRoundCount = 101;
-constexpr double kLimit = 1.10;
+constexpr double kLimit = 1.20;
 constexpr const char* kReasonIfMissed =
     "Loading shared libraries takes most of the time. Both load those of libcurl; the packer of "
     "folders brings seven more.";
