@@ -105,7 +105,7 @@ void expectShownWithoutSecrets(const URL& url) {
          "the rest is shown");
 }
 
-/// Where `secret` would stand in a text that parses.
+/// Where `secret` would be in a text that parses.
 void expectHidden(std::string_view host, std::string_view secret) {
   const std::string text = std::string("https://").append(secret).append("@").append(host);
   const auto url = URL::parse(text + "/p?" + std::string(secret));

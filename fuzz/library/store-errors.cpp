@@ -54,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t byt
   const std::string document(reinterpret_cast<const char*>(bytes), byteCount);
   expectOnlyTextOfTheDocument(document);
   std::string text = asText(document.substr(0, 64));
-  // The end of a CDATA section cannot stand in one.
+  // The end of a CDATA section cannot be part of one.
   for (std::size_t end; (end = text.find("]]>")) != std::string::npos;) text.erase(end, 3);
   expectTextsFoundAmong(document, text.substr(0, text.size() / 2), text.substr(text.size() / 2));
   return 0;

@@ -20,7 +20,7 @@ class SandboxInMemory {
   SandboxInMemory();
 
   sandbox::Endpoint& endpoint() { return router_; }
-  /// What "$T" and the like stand for: tokens, identifiers, addresses.
+  /// What takes the place of "$T" and the like: tokens, identifiers, addresses.
   const std::map<char, std::string>& placeholders() const { return placeholders_; }
   /// The identifiers of the two sessions.
   static std::vector<std::string> identifiers();

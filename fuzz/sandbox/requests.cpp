@@ -1,5 +1,5 @@
-// Whole connections to the sandbox: bytes of requests in, bytes of replies out. "$T" and the like
-// stand for what a client would have been given; the first byte tells in what pieces bytes arrive.
+// Whole connections to the sandbox: bytes of requests in, bytes of replies out. What a client would
+// have been given replaces "$T" and the like; the first byte tells in what pieces bytes arrive.
 #include <expat.h>
 #include <fuzz/support/Expect.h>
 
@@ -41,7 +41,7 @@ class MemoryServer : private sandbox::RequestServer {
   }
 };
 
-/// With what "$T" and the like stand for.
+/// With the placeholders replaced.
 std::string expanded(std::string_view text, const std::map<char, std::string>& placeholders) {
   std::string whole;
   for (std::size_t i = 0; i < text.size(); ++i) {
