@@ -23,6 +23,11 @@ bool isLength(std::string_view text) {
          text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// Names are alike in capitals and small letters.
+bool isNamed(std::string_view name, const char* expected) {
+  return ::strcasecmp(std::string(name).c_str(), expected) == 0;
+}
+
 }  // namespace
 
 bool HeadCheck::accepts(std::string_view line) {
@@ -41,7 +46,9 @@ bool HeadCheck::accepts(std::string_view line) {
 bool HeadCheck::acceptsHeader(std::string_view name, std::string_view value) {
   if (name.empty() || !std::ranges::all_of(name, isTokenCharacter)) return false;
   if (std::ranges::any_of(value, isControl)) return false;
-  if (::strcasecmp(std::string(name).c_str(), "Content-Length") != 0) return true;
+  // The library drops one that is empty, and then sees no body.
+  if (isNamed(name, "Transfer-Encoding")) return !value.empty();
+  if (!isNamed(name, "Content-Length")) return true;
   return !std::exchange(hasLength_, true) && isLength(value);
 }
 

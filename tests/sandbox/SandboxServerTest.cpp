@@ -133,6 +133,7 @@ TEST_F(Server, RefusesAHeadThatItCouldMisread) {
   const std::string heads[] = {request + "Content-Length : 5",
                                request + "Content-Length: 5x",
                                request + "Content-Length: 0\r\nContent-Length: 0",
+                               request + "Transfer-Encoding: ",
                                request + "no colon",
                                request + "X: a\x01",
                                request + "X: y\nY: z",
